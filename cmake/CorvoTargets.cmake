@@ -1,0 +1,78 @@
+# Compiler settings that every target of the project shares, and the helpers that create targets.
+
+add_library(corvo-options INTERFACE)
+if(MSVC)
+  target_compile_options(corvo-options INTERFACE /W4 /permissive- /utf-8 $<$<BOOL:${CORVO_WERROR}>:/WX>)
+else()
+  target_compile_options(
+    corvo-options
+    INTERFACE -Wall
+              -Wextra
+              -Wpedantic
+              -Wconversion
+              -Wsign-conversion
+              -Wshadow
+              -Wnon-virtual-dtor
+              -Woverloaded-virtual
+              -Wold-style-cast
+              -Wnull-dereference
+              $<$<BOOL:${CORVO_WERROR}>:-Werror>)
+endif()
+
+if(CORVO_SANITIZE)
+  add_compile_options(-fsanitize=${CORVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${CORVO_SANITIZE})
+endif()
+if(CORVO_COVERAGE)
+  add_compile_options(--coverage -fprofile-abs-path -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+if(CORVO_TIDY)
+  find_program(CORVO_CLANG_TIDY NAMES clang-tidy-14 clang-tidy REQUIRED)
+endif()
+
+# Settings of every target whose code is ours.
+function(corvo_configure target)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:corvo-options>)
+  if(CORVO_TIDY)
+    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${CORVO_CLANG_TIDY}")
+  endif()
+endfunction()
+
+# Link settings of everything that is loaded into a host: no symbol left open, read-only relocations, neighbours only.
+function(corvo_harden target)
+  if(NOT WIN32)
+    target_link_options(${target} PRIVATE -Wl,-z,defs -Wl,-z,relro -Wl,-z,now -Wl,--as-needed)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
+  endif()
+endfunction()
+
+# A shared library of the project, exported to other projects as corvo-telemetry::<component>.
+function(corvo_add_library component)
+  set(target corvo-telemetry-${component})
+  add_library(${target} SHARED)
+  add_library(corvo-telemetry::${component} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${component} VERSION ${PROJECT_VERSION}
+                                             SOVERSION ${PROJECT_VERSION_MAJOR})
+  corvo_harden(${target})
+endfunction()
+
+# The platform's own sources: name_posix.cc or name_windows.cc for each name.
+function(corvo_platform_sources target)
+  if(WIN32)
+    set(suffix windows)
+  else()
+    set(suffix posix)
+  endif()
+  foreach(name IN LISTS ARGN)
+    target_sources(${target} PRIVATE ${name}_${suffix}.cc)
+  endforeach()
+endfunction()
+
+# A null reference is passed on purpose between these files: neither optimiser nor sanitizer may rely on its absence.
+function(corvo_allow_null_references)
+  if(NOT MSVC)
+    set_source_files_properties(
+      ${ARGN} PROPERTIES COMPILE_OPTIONS "-fno-delete-null-pointer-checks;$<$<BOOL:${CORVO_SANITIZE}>:-fno-sanitize=null>")
+  endif()
+endfunction()

@@ -1,0 +1,17 @@
+#include "common/log.h"
+
+#include <plog/Init.h>
+
+namespace corvo::telemetry::common {
+
+Logger* DefaultLogger() noexcept { return plog::get(); }
+
+Logger& InitDefaultLogger(plog::Severity max_severity, plog::IAppender* appender) {
+  Logger& logger = plog::init(max_severity, nullptr);
+  if (appender != nullptr) {
+    logger.addAppender(appender);
+  }
+  return logger;
+}
+
+}  // namespace corvo::telemetry::common

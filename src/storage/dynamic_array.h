@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+namespace corvo::shared {
+
+/// An array of a fixed number of elements, read through `elements` and `count` or by index.
+///
+/// The elements are kept once and shared between copies, so a copy costs the same whatever the size, and an array
+/// stays valid for as long as any copy of it lives. Elements are not changed after construction, so copies may be read
+/// from several threads.
+template <class T>
+class DynamicArray {
+ public:
+  /// An array of `size` value-initialised elements; none when `size` is not positive.
+  explicit DynamicArray(int size)
+      : count(size > 0 ? size : 0), owner_(std::make_shared<T[]>(static_cast<std::size_t>(count))) {
+    elements = owner_.get();
+  }
+
+  /// An array over elements that `owner` keeps alive. For the storage library.
+  DynamicArray(std::shared_ptr<T[]> owner, T* first, std::int32_t size)
+      : elements(first), count(size), owner_(std::move(owner)) {}
+
+  DynamicArray(const DynamicArray&) = default;
+  DynamicArray(DynamicArray&& other) noexcept = default;
+  DynamicArray& operator=(const DynamicArray&) = default;
+  DynamicArray& operator=(DynamicArray&& other) noexcept = default;
+  ~DynamicArray() = default;
+
+  /// The element at `index`, which must be at least 0 and below `count`.
+  T& operator[](int index) const { return elements[index]; }
+
+  T* elements = nullptr;   ///< first element; owned by the array and its copies
+  std::int32_t count = 0;  ///< number of elements
+
+ private:
+  std::shared_ptr<T[]> owner_;
+};
+
+}  // namespace corvo::shared

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+
+#include "common/error.h"
+#include "storage/storage_export.h"
+
+namespace corvo::shared {
+
+/// One statement that a storage ran or refused. The texts live for the duration of the call only.
+struct StatementRecord {
+  const char* database_path;
+  const char* sql;
+  std::chrono::steady_clock::time_point start;
+  std::chrono::steady_clock::time_point end;  ///< equals `start` while the statement has not ended
+  std::int64_t rows_changed;                  ///< rows deleted, inserted or updated by this statement alone
+  const corvo::telemetry::common::Error& result;
+};
+
+/// Watches the statements of every storage of the process: progress, timings and traces come from it.
+///
+/// Called on the thread that runs the statement, with no lock held; several threads may call at once.
+class CORVO_STORAGE_API StatementObserver {
+ public:
+  virtual ~StatementObserver();
+
+  /// Called before the statement runs; does nothing unless overridden.
+  virtual void OnStart(const StatementRecord& statement) noexcept;
+
+  /// Called when the statement has ended, whatever the outcome.
+  virtual void OnEnd(const StatementRecord& statement) noexcept = 0;
+};
+
+/// Registers the observer for the whole process in place of the former one, which is returned; null watches nothing.
+CORVO_STORAGE_API std::shared_ptr<StatementObserver> SetStatementObserver(std::shared_ptr<StatementObserver> observer);
+[[nodiscard]] CORVO_STORAGE_API std::shared_ptr<StatementObserver> GetStatementObserver();
+
+}  // namespace corvo::shared

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+
+#include "common/error.h"
+#include "storage/command.h"
+#include "storage/sql_command.h"
+#include "storage/storage_export.h"
+
+namespace google::protobuf {
+class Message;
+}
+
+namespace corvo::shared {
+
+/// One open telemetry database.
+///
+/// The file is opened for reading and writing and never created. It is treated as untrusted input: no schema of its own
+/// can run code, load an extension or hide the engine's tables, and anything but a regular file is refused. Objects are
+/// independent of each other; use each from one thread at a time. The destructor closes the database and deletes the
+/// commands that were executed on it.
+class CORVO_STORAGE_API TelemetryStorage {
+ public:
+  /// Opens the database that the contract's `persistance` option names, in the data directory.
+  ///
+  /// @param contract a message whose type carries the option; a type without it, or null, cannot be resolved.
+  /// @param text reserved, changes nothing.
+  TelemetryStorage(const google::protobuf::Message* contract, const char* text);
+
+  /// Opens a database by its file name, in the data directory, or by a path with a directory part, as it stands.
+  ///
+  /// @param database file name or path, in the platform's narrow encoding.
+  /// @param text reserved, changes nothing.
+  TelemetryStorage(const char* database, const char* text);
+
+  TelemetryStorage(const TelemetryStorage&) = delete;
+  TelemetryStorage& operator=(const TelemetryStorage&) = delete;
+  ~TelemetryStorage();
+
+  /// Why the database could not be resolved or opened, or how the last `Execute` went; success otherwise.
+  [[nodiscard]] corvo::telemetry::common::Error GetLastError() const;
+
+  /// File name with its extension, for example HealthLog.db; empty when it could not be resolved. Owned by the storage.
+  [[nodiscard]] const char* GetDataBaseName() const;
+
+  /// Full path of the file, whether it exists or not; empty when it could not be resolved. Owned by the storage.
+  [[nodiscard]] const char* GetDataBasePath() const;
+
+  /// Runs one command and takes ownership of it, whatever the outcome.
+  ///
+  /// @param flag reserved, changes nothing.
+  /// @return success, or a record of category `EC_Custom` whose code is SQLite's extended result code
+  ///   (https://www.sqlite.org/rescode.html) and whose `what` begins with SQLite's own message.
+  corvo::telemetry::common::Error Execute(ICommand* command, const bool& flag);
+
+  /// Runs `count` commands in list order, each as a transaction of its own, up to the first failure, which is returned.
+  /// Takes ownership of all of them, run or not; the list itself stays the caller's.
+  corvo::telemetry::common::Error Execute(ICommand** commands, const int& count, const bool& flag);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace corvo::shared
