@@ -1,0 +1,50 @@
+# The installed tree, and the CMake package through which other projects use it:
+#   find_package(corvo-telemetry CONFIG COMPONENTS commons data-contracts storage)
+
+include(CMakePackageConfigHelpers)
+set(CORVO_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/corvo-telemetry")
+
+install(
+  TARGETS corvo-telemetry-commons corvo-telemetry-data-contracts corvo-telemetry-storage
+  EXPORT corvo-telemetry-targets
+  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+  LIBRARY DESTINATION "${CORVO_LIBRARY_DIR}"
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+install(TARGETS corvo-telemetry-host RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+# A module is never linked, so it is not exported: hosts load it from corvo-telemetry_PLUGIN_DIR.
+install(TARGETS corvo-telemetry-data-cleanup LIBRARY DESTINATION "${CORVO_LIBRARY_DIR}")
+
+# The public headers, each in the folder that code includes it from.
+function(corvo_install_headers folder)
+  install(FILES ${ARGN} DESTINATION "${CORVO_INCLUDE_DIR}/${folder}")
+endfunction()
+corvo_install_headers(common src/common/error.h src/common/log.h src/common/timestamp.h
+                      "${PROJECT_BINARY_DIR}/include/common/commons_export.h")
+corvo_install_headers(framework src/framework/plugin_module.h src/framework/telemetry_collector_base.h)
+corvo_install_headers(
+  storage
+  src/storage/column.h
+  src/storage/command.h
+  src/storage/dynamic_array.h
+  src/storage/sql_command.h
+  src/storage/statement_observer.h
+  src/storage/storage_settings.h
+  src/storage/telemetry_storage.h
+  "${PROJECT_BINARY_DIR}/include/storage/storage_export.h")
+install(DIRECTORY proto/corvo "${PROJECT_BINARY_DIR}/proto/generated/corvo" DESTINATION "${CORVO_INCLUDE_DIR}"
+        FILES_MATCHING PATTERN "*.h" PATTERN "*.proto")
+
+install(EXPORT corvo-telemetry-targets NAMESPACE corvo-telemetry:: DESTINATION "${CORVO_CMAKE_DIR}")
+configure_package_config_file(
+  cmake/corvo-telemetry-config.cmake.in "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-config.cmake"
+  INSTALL_DESTINATION "${CORVO_CMAKE_DIR}" PATH_VARS CORVO_LIBRARY_DIR)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-config-version.cmake"
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-config.cmake"
+              "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-config-version.cmake" DESTINATION "${CORVO_CMAKE_DIR}")
+
+# cpack packs the installed tree into one archive.
+set(CPACK_GENERATOR TGZ)
+set(CPACK_PACKAGE_VENDOR "Corvo")
+set(CPACK_STRIP_FILES ON)
+include(CPack)
