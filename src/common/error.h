@@ -19,12 +19,15 @@ enum ErrorCategory : std::int32_t {
   EC_Custom = 5,
 };
 
+// A declaration of its own: GCC takes no standard attribute beside an export macro.
+class [[nodiscard]] Error;
+
 /// The one result and failure record of the system.
 ///
 /// A default-constructed record means success. The record is an ordinary value: copies are independent, and distinct
 /// records may be used from distinct threads. It is also the object thrown inside an operation when a step fails; it
 /// never leaves the operation as an exception.
-class [[nodiscard]] CORVO_COMMONS_API Error {
+class CORVO_COMMONS_API Error {
  public:
   Error();
 

@@ -1,0 +1,31 @@
+#include "cleanup/data_cleanup.h"
+#include "cleanup/missing_table_filter.h"
+#include "cleanup/statement.h"
+#include "contracts/lookups.h"
+
+using namespace corvo::telemetry;
+
+namespace {
+
+constexpr int kHandlerLine = 563;
+
+}  // namespace
+
+common::Error DataCleanup::Vacuum(const Message* message) {
+  Error result;
+  if (message == nullptr) {
+    return result;
+  }
+  try {
+    corvo::shared::TelemetryStorage storage(message, "");
+    // The statement names no table; a type whose name cannot be read fails here, as in every other operation.
+    static_cast<void>(contracts::GetTableName(message));
+    corvo::shared::ICommand* commands[] = {new corvo::shared::SqlCommand("VACUUM;")};
+    result = storage.Execute(commands, 1, false);
+  } catch (...) {
+    // One wording whatever was caught: hosts know it.
+    result = cleanup::OperationError("DataCleanup::Vacuum", kHandlerLine, ") message is NULL");
+  }
+  cleanup::ClearNoSuchTableError(result);
+  return result;
+}
