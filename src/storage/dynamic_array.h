@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 namespace corvo::shared {
 
@@ -9,10 +11,13 @@ namespace corvo::shared {
 ///
 /// The elements are kept once and shared between copies, so a copy costs the same whatever the size, and an array
 /// stays valid for as long as any copy of it lives. Elements are not changed after construction, so copies may be read
-/// from several threads.
+/// from several threads. A moved-from array has no elements.
 template <class T>
 class DynamicArray {
  public:
+  /// An array without elements.
+  DynamicArray() = default;
+
   /// An array of `size` value-initialised elements; none when `size` is not positive.
   explicit DynamicArray(int size)
       : count(size > 0 ? size : 0), owner_(std::make_shared<T[]>(static_cast<std::size_t>(count))) {
@@ -24,9 +29,13 @@ class DynamicArray {
       : elements(first), count(size), owner_(std::move(owner)) {}
 
   DynamicArray(const DynamicArray&) = default;
-  DynamicArray(DynamicArray&& other) noexcept = default;
+  DynamicArray(DynamicArray&& other) noexcept { Swap(other); }
   DynamicArray& operator=(const DynamicArray&) = default;
-  DynamicArray& operator=(DynamicArray&& other) noexcept = default;
+  DynamicArray& operator=(DynamicArray&& other) noexcept {
+    DynamicArray taken(std::move(other));
+    Swap(taken);
+    return *this;
+  }
   ~DynamicArray() = default;
 
   /// The element at `index`, which must be at least 0 and below `count`.
@@ -36,6 +45,12 @@ class DynamicArray {
   std::int32_t count = 0;  ///< number of elements
 
  private:
+  void Swap(DynamicArray& other) noexcept {
+    std::swap(elements, other.elements);
+    std::swap(count, other.count);
+    owner_.swap(other.owner_);
+  }
+
   std::shared_ptr<T[]> owner_;
 };
 

@@ -1,0 +1,65 @@
+#include "storage/database_file.h"
+
+#include <sqlite3.h>
+
+#include <system_error>
+#include <utility>
+
+#include "storage/sqlite_error.h"
+
+namespace corvo::shared {
+namespace {
+
+using std::filesystem::file_type;
+using telemetry::common::Error;
+
+Error Refusal(int code, const std::filesystem::path& path, const std::string& reason) {
+  return SqliteError(code, SqliteName(path) + ": " + reason);
+}
+
+// The side files of a database that SQLite opens on its own.
+Error CheckJournals(const std::filesystem::path& file) {
+  for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+    std::filesystem::path journal = file;
+    journal += suffix;
+    std::error_code ignored;
+    const file_type kind = std::filesystem::status(journal, ignored).type();
+    if (kind != file_type::not_found && kind != file_type::regular) {
+      return Refusal(SQLITE_CANTOPEN, journal, "not a regular file");
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string SqliteName(const std::filesystem::path& path) {
+  const std::u8string name = path.u8string();
+  return {name.begin(), name.end()};
+}
+
+Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path& resolved) {
+  std::error_code failure;
+  const file_type kind = std::filesystem::status(path, failure).type();
+  if (kind == file_type::not_found) {
+    return Refusal(SQLITE_CANTOPEN, path, "no such file");
+  }
+  if (kind == file_type::none) {
+    return Refusal(SQLITE_CANTOPEN, path, failure.message());
+  }
+  if (kind != file_type::regular) {
+    const int code = kind == file_type::directory ? SQLITE_CANTOPEN_ISDIR : SQLITE_CANTOPEN;
+    return Refusal(code, path, "not a regular file");
+  }
+  std::filesystem::path file = std::filesystem::canonical(path, failure);
+  if (failure) {
+    return Refusal(SQLITE_CANTOPEN, path, failure.message());
+  }
+  if (Error error = CheckJournals(file); error.Failed()) {
+    return error;
+  }
+  resolved = std::move(file);
+  return {};
+}
+
+}  // namespace corvo::shared

@@ -1,0 +1,28 @@
+#include "storage/statement_observer.h"
+
+#include <mutex>
+#include <utility>
+
+namespace corvo::shared {
+namespace {
+
+std::mutex mutex;
+std::shared_ptr<StatementObserver> registered;
+
+}  // namespace
+
+StatementObserver::~StatementObserver() = default;
+
+void StatementObserver::OnStart(const StatementRecord& /*statement*/) noexcept {}
+
+std::shared_ptr<StatementObserver> SetStatementObserver(std::shared_ptr<StatementObserver> observer) {
+  const std::lock_guard lock(mutex);
+  return std::exchange(registered, std::move(observer));
+}
+
+std::shared_ptr<StatementObserver> GetStatementObserver() {
+  const std::lock_guard lock(mutex);
+  return registered;
+}
+
+}  // namespace corvo::shared

@@ -1,0 +1,99 @@
+#include "storage/telemetry_storage.h"
+
+#include <sqlite3.h>
+
+#include <string>
+#include <utility>
+
+#include "storage/connection.h"
+#include "storage/database_path.h"
+#include "storage/owned_commands.h"
+#include "storage/sqlite_error.h"
+
+namespace corvo::shared {
+namespace {
+
+using telemetry::common::Error;
+using telemetry::common::MakeErrorFromException;
+
+template <class Source>
+DatabasePath ResolveOrExplain(Source source) {
+  try {
+    return ResolveDatabase(source);
+  } catch (...) {
+    return {"", "", MakeErrorFromException(std::current_exception())};
+  }
+}
+
+}  // namespace
+
+struct TelemetryStorage::State {
+  explicit State(DatabasePath resolved)
+      : database(std::move(resolved)), connection(database), last_error(connection.OpenError()) {}
+
+  void Adopt(ICommand** list, int count);
+  Error Run(ICommand* command);
+  Error RunAll(ICommand** list, int count);
+
+  DatabasePath database;
+  Connection connection;
+  OwnedCommands commands;  // go before the connection that they refer to
+  Error last_error;
+};
+
+void TelemetryStorage::State::Adopt(ICommand** list, int count) {
+  for (int index = 0; index < count; ++index) {
+    commands.Add(list[index]);
+  }
+}
+
+Error TelemetryStorage::State::Run(ICommand* command) {
+  if (command == nullptr) {
+    return SqliteError(SQLITE_MISUSE, "no command");
+  }
+  if (auto* sql_command = dynamic_cast<SqlCommand*>(command); sql_command != nullptr) {
+    return sql_command->Run(connection);
+  }
+  const char* sql = command->GetSqlStatement();
+  Results dropped;
+  return connection.Run(sql != nullptr ? sql : "", {}, dropped);
+}
+
+Error TelemetryStorage::State::RunAll(ICommand** list, int count) {
+  if (count < 0 || (count > 0 && list == nullptr)) {
+    return SqliteError(SQLITE_MISUSE, "no list of commands");
+  }
+  Adopt(list, count);
+  Error result;
+  for (int index = 0; index < count && !result.Failed(); ++index) {
+    result = Run(list[index]);
+  }
+  return result;
+}
+
+TelemetryStorage::TelemetryStorage(const google::protobuf::Message* contract, const char* /*text*/)
+    : state_(std::make_unique<State>(ResolveOrExplain(contract))) {}
+
+TelemetryStorage::TelemetryStorage(const char* database, const char* /*text*/)
+    : state_(std::make_unique<State>(ResolveOrExplain(database))) {}
+
+TelemetryStorage::~TelemetryStorage() = default;
+
+Error TelemetryStorage::GetLastError() const { return state_->last_error; }
+
+const char* TelemetryStorage::GetDataBaseName() const { return state_->database.name.c_str(); }
+
+const char* TelemetryStorage::GetDataBasePath() const { return state_->database.path.c_str(); }
+
+Error TelemetryStorage::Execute(ICommand* command, const bool& flag) { return Execute(&command, 1, flag); }
+
+Error TelemetryStorage::Execute(ICommand** commands, const int& count, const bool& /*flag*/) {
+  try {
+    state_->last_error = state_->RunAll(commands, count);
+  } catch (...) {
+    state_->last_error = MakeErrorFromException(std::current_exception());
+  }
+  return state_->last_error;
+}
+
+}  // namespace corvo::shared
