@@ -1,0 +1,79 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "package/elf_file_posix.h"
+
+namespace corvo::test {
+namespace {
+
+using testing::Contains;
+using testing::ContainsRegex;
+using testing::Each;
+using testing::HasSubstr;
+using testing::Not;
+using testing::UnorderedElementsAre;
+
+TEST(Module, ExportsOneFunctionUnderTwoNames) {
+  EXPECT_THAT(ExportedNames(CORVO_MODULE),
+              UnorderedElementsAre("LoadPlugin", "corvo::telemetry::plugin::datacleanupplugin::LoadPlugin()"));
+
+  const std::vector<ExportedSymbol> symbols = ExportedSymbols(CORVO_MODULE);
+  ASSERT_EQ(symbols.size(), 2u);
+  EXPECT_EQ(symbols[0].address, symbols[1].address);
+}
+
+TEST(Module, CanBeUnloadedBecauseItExportsNothingUniqueInTheProcess) {
+  EXPECT_THAT(ExportedSymbols(CORVO_MODULE), Each(testing::Field(&ExportedSymbol::type, 'T')));
+  EXPECT_THAT(DynamicSection(CORVO_MODULE), Not(HasSubstr("NODELETE")));
+}
+
+TEST(DataContracts, StayInTheProcessWhenTheModuleIsUnloaded) {
+  EXPECT_THAT(DynamicSection(CORVO_DATA_CONTRACTS), ContainsRegex("FLAGS_1.*NODELETE"));
+}
+
+TEST(Commons, ExportsTheseFunctionsAndNoOther) {
+  EXPECT_THAT(ExportedFunctions(CORVO_COMMONS, "corvo::telemetry::common::"),
+              UnorderedElementsAre("DefaultLogger", "Error::Error", "Error::operator=", "Error::~Error", "ErrorText",
+                                   "ErrorToJson", "FormatUtcTime", "InitDefaultLogger", "MakeErrorFromException",
+                                   "ReplaceZone", "TelemetryCollectorBase::Collect",
+                                   "TelemetryCollectorBase::Configure", "TelemetryCollectorBase::Execute",
+                                   "TelemetryCollectorBase::Finalize", "TelemetryCollectorBase::TelemetryCollectorBase",
+                                   "TelemetryCollectorBase::~TelemetryCollectorBase"));
+  EXPECT_THAT(ExportedFunctions(CORVO_COMMONS, "corvo::shared::"),
+              UnorderedElementsAre("plugin::IPluginModule::~IPluginModule",
+                                   "plugin::PluginBufferAllocator::~PluginBufferAllocator"));
+}
+
+class OwnLibrary : public testing::TestWithParam<const char*> {};
+
+TEST_P(OwnLibrary, KeepsItsThirdPartyCodeToItself) {
+  EXPECT_THAT(ExportedNames(GetParam()), Each(Not(ContainsRegex("nlohmann|sqlite3|fmt::"))));
+}
+
+INSTANTIATE_TEST_SUITE_P(Libraries, OwnLibrary, testing::Values(CORVO_COMMONS, CORVO_STORAGE));
+
+class Binary : public testing::TestWithParam<const char*> {};
+
+TEST_P(Binary, LeavesNoSymbolUnresolved) {
+  EXPECT_THAT(BindEverything(GetParam()), Not(ContainsRegex("undefined symbol|not found")));
+}
+
+TEST_P(Binary, IsBoundAtLoadTimeAndReadOnlyAfterwards) {
+  EXPECT_THAT(DynamicSection(GetParam()), ContainsRegex("FLAGS_1.*NOW"));
+  EXPECT_THAT(ProgramHeaders(GetParam()), HasSubstr("GNU_RELRO"));
+}
+
+TEST_P(Binary, HasAStackThatIsNotExecutable) {
+  EXPECT_THAT(ProgramHeaders(GetParam()), ContainsRegex("GNU_STACK.* RW "));
+}
+
+TEST_P(Binary, LooksForItsLibrariesBesideItselfAndNowhereElse) {
+  EXPECT_THAT(DynamicSection(GetParam()), ContainsRegex("\\((RUNPATH|RPATH)\\).*: \\[\\$ORIGIN\\]"));
+}
+
+INSTANTIATE_TEST_SUITE_P(EachOne, Binary,
+                         testing::Values(CORVO_MODULE, CORVO_COMMONS, CORVO_DATA_CONTRACTS, CORVO_STORAGE));
+
+}  // namespace
+}  // namespace corvo::test

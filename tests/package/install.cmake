@@ -1,0 +1,16 @@
+# Installs the build, then moves the tree: nothing in it may remember where it was installed.
+include(${CMAKE_CURRENT_LIST_DIR}/common.cmake)
+
+file(REMOVE_RECURSE "${work}")
+file(MAKE_DIRECTORY "${work}")
+run(${CMAKE_COMMAND} --install "${build}" --prefix "${work}/installed")
+file(RENAME "${work}/installed" "${work}/moved")
+
+# Headers that are not meant for others stay behind.
+file(GLOB_RECURSE headers RELATIVE "${work}/moved/include/corvo-telemetry" "${work}/moved/include/*.h")
+foreach(internal IN ITEMS common/type_name.h common/timestamp_locale.h storage/connection.h)
+  if(internal IN_LIST headers)
+    message(FATAL_ERROR "${internal} is installed")
+  endif()
+endforeach()
+run("${work}/moved/bin/corvo-telemetry-host" --help)
