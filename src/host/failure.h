@@ -1,0 +1,37 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "common/error.h"
+
+namespace corvo::telemetry::host {
+
+/// What the program's exit code says.
+enum ExitCode : int {
+  kDone = 0,
+  kPassFailed = 1,
+  kUsage = 2,
+  kNoDataDirectory = 10,
+  kModuleNotLoadable = 12,
+};
+
+/// A command that cannot go on: the text says what happened, where, and what to do.
+class CommandFailure : public std::runtime_error {
+ public:
+  CommandFailure(ExitCode exit_code, const std::string& what) : std::runtime_error(what), exit_code_(exit_code) {}
+
+  [[nodiscard]] ExitCode Code() const { return exit_code_; }
+
+  /// The failure as a record of category `EC_Custom` whose code is the exit code.
+  [[nodiscard]] common::Error Record() const;
+
+ private:
+  ExitCode exit_code_;
+};
+
+/// Reports a failure: one line on standard error, and with `json` the document of a run that cleaned nothing on
+/// standard output.
+void ReportFailure(const common::Error& error, bool json);
+
+}  // namespace corvo::telemetry::host

@@ -1,0 +1,71 @@
+#include "host/run_command.h"
+
+#include <fmt/core.h>
+
+#include <filesystem>
+
+#include "host/locale_check.h"
+#include "host/logging.h"
+#include "host/module_loader.h"
+#include "host/module_path.h"
+#include "host/platform.h"
+#include "host/run_json.h"
+#include "host/run_text.h"
+#include "storage/storage_settings.h"
+
+namespace corvo::telemetry::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+void RequireDirectory(const fs::path& directory) {
+  std::error_code error;
+  if (!fs::is_directory(directory, error)) {
+    const std::string reason = fs::exists(directory, error) ? "is not a directory" : "does not exist";
+    throw CommandFailure(kNoDataDirectory,
+                         fmt::format("the data directory {} {}; name the directory that holds the .db "
+                                     "files with --data-dir",
+                                     Utf8(directory), reason));
+  }
+}
+
+void WarnOfMissingLocale() {
+  if (const std::string hint = MissingLocaleHint(); !hint.empty()) {
+    fmt::print(stderr, "corvo-telemetry-host: {}\n", hint);
+  }
+}
+
+// One line a database, however many of its tables share the trouble.
+void TellProblems(const std::vector<DatabaseCount>& databases) {
+  for (const DatabaseCount& database : databases) {
+    for (const TableCount& table : database.tables) {
+      if (!table.problem.empty()) {
+        fmt::print(stderr, "corvo-telemetry-host: cannot count the rows of {}: {}\n", Utf8(database.path),
+                   table.problem);
+        break;
+      }
+    }
+  }
+}
+
+}  // namespace
+
+ExitCode RunCommand(const RunOptions& options) {
+  const fs::path directory(options.data_dir);
+  RequireDirectory(directory);
+  StartLogging(options.log_level, options.log_file);
+  const auto module = LoadModule(options.plugin.empty() ? DefaultModulePath() : fs::path(options.plugin));
+  WarnOfMissingLocale();
+  shared::SetDataDirectory(options.data_dir);
+
+  const CatalogueView catalogue = ReadCatalogue();
+  RunReport report;
+  report.before = TakeInventory(catalogue, directory);
+  TellProblems(report.before);
+  report.passes = RunPasses(module->Module(), options.passes, IsTerminal(stderr));
+  report.after = TakeInventory(catalogue, directory);
+  fmt::print("{}", options.json ? RunDocument(report) : RunText(report, UsesColour(stdout)));
+  return Failed(report.Result()) ? kPassFailed : kDone;
+}
+
+}  // namespace corvo::telemetry::host
