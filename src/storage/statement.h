@@ -1,13 +1,13 @@
 #pragma once
 
-#include <sqlite3.h>
-
 #include <memory>
+
+struct sqlite3_stmt;
 
 namespace corvo::shared {
 
 struct StatementFinalizer {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+  void operator()(sqlite3_stmt* statement) const;
 };
 
 /// A prepared statement, finalised with its owner.

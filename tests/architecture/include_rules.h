@@ -20,7 +20,7 @@ struct SourceFile {
 /// A layer includes itself and the layers below it. Project headers are spelled from src/ or proto/.
 [[nodiscard]] std::vector<std::string> WrongWayIncludes(const SourceFile& file);
 
-/// SQLite is seen by the sources of src/storage alone.
+/// SQLite is seen by the sources of src/storage and by the one file that makes sample databases.
 [[nodiscard]] std::vector<std::string> StraySqliteIncludes(const SourceFile& file);
 
 /// The operating system is seen by platform files alone (name_posix.cc, name_windows.cc).

@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <filesystem>
-
 #include "package/elf_file_posix.h"
 
 namespace corvo::test {
@@ -43,6 +41,23 @@ TEST(Commons, ExportsTheseFunctionsAndNoOther) {
   EXPECT_THAT(ExportedFunctions(CORVO_COMMONS, "corvo::shared::"),
               UnorderedElementsAre("plugin::IPluginModule::~IPluginModule",
                                    "plugin::PluginBufferAllocator::~PluginBufferAllocator"));
+}
+
+TEST(Storage, ExportsTheseFunctionsAndNoOther) {
+  std::set<std::string> functions = ExportedFunctions(CORVO_STORAGE, "corvo::shared::");
+  // The classes' private parts follow the visibility of their classes.
+  std::erase_if(functions, [](const std::string& name) { return name.find("::State::") != std::string::npos; });
+  EXPECT_THAT(
+      functions,
+      UnorderedElementsAre(
+          "GetBusyTimeout", "SetBusyTimeout", "GetCompactionGuard", "SetCompactionGuard", "GetDataDirectory",
+          "SetDataDirectory", "GetStatementObserver", "SetStatementObserver", "GetStatementTimeLimit",
+          "SetStatementTimeLimit", "ICommand::~ICommand", "SqlCommand::Execute", "SqlCommand::GetLastError",
+          "SqlCommand::GetResults", "SqlCommand::GetSqlStatement", "SqlCommand::HasNext", "SqlCommand::Next",
+          "SqlCommand::Run", "SqlCommand::SqlCommand", "SqlCommand::~SqlCommand", "StatementObserver::OnStart",
+          "StatementObserver::~StatementObserver", "TelemetryStorage::Execute", "TelemetryStorage::GetDataBaseName",
+          "TelemetryStorage::GetDataBasePath", "TelemetryStorage::GetLastError", "TelemetryStorage::TelemetryStorage",
+          "TelemetryStorage::~TelemetryStorage"));
 }
 
 class OwnLibrary : public testing::TestWithParam<const char*> {};
