@@ -1,0 +1,66 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "common/error.h"
+#include "support/contract_factory.h"
+#include "support/database.h"
+#include "support/temp_dir.h"
+
+namespace corvo::test {
+
+/// A data directory of its own for every test, and contracts to clean it with. The clock stands at
+/// 2024-05-02T00:00:00 UTC unless a test sets it.
+class EngineTest : public testing::Test {
+ protected:
+  EngineTest();
+  ~EngineTest() override;
+
+  /// Opens a database of the data directory by its name without extension, and creates it when it is missing.
+  [[nodiscard]] Database Open(const std::string& name) const { return Database(directory.Path() / (name + ".db")); }
+
+  /// Creates the database with one table of `count` rows.
+  void CreateDatabase(const std::string& name, const std::string& table, std::int64_t count) const;
+
+  TempDir directory;
+  ContractFactory contracts;
+};
+
+inline constexpr const char* kOldTime = "2024-04-01T00:00:00+00:00";
+inline constexpr const char* kRecentTime = "2024-05-01T23:00:00+00:00";
+
+/// Creates a table as collectors create it.
+void CreateTable(Database& database, const std::string& table);
+
+/// Appends rows whose column `value` counts from 1.
+void AddRows(Database& database, const std::string& table, std::int64_t count, const std::string& time = kRecentTime);
+
+/// Appends one row of `bytes` bytes, to make a table large.
+void AddPayload(Database& database, const std::string& table, std::int64_t bytes);
+
+/// Creates a table whose first page lies so far back in the file that it measures `megabytes`. Only for the first
+/// table of a fresh file, where the pages before it go to a table "Filler".
+void CreateTableMeasuring(Database& database, const std::string& table, std::int64_t megabytes);
+
+MATCHER(Succeeded, "is a success record") {
+  *result_listener << telemetry::common::ErrorText(arg);
+  return !arg.Failed() && arg.what.empty() && arg.type.empty() && arg.origin.empty();
+}
+
+MATCHER_P(FailedWith, text, "is a failure whose text holds \"" + std::string(text) + "\"") {
+  *result_listener << telemetry::common::ErrorText(arg);
+  return arg.Failed() && arg.what.find(text) != std::string::npos;
+}
+
+/// The operation's own record: category EC_Std, code 1, this text.
+MATCHER_P(OwnError, text, "is the engine's own record with the text \"" + std::string(text) + "\"") {
+  *result_listener << telemetry::common::ErrorText(arg);
+  return arg.category == telemetry::common::EC_Std && arg.code == 1 && arg.what == text &&
+         arg.type == "std::runtime_error" && arg.origin.empty();
+}
+
+}  // namespace corvo::test
