@@ -17,7 +17,7 @@ quietly() {
   shift 2
   printf '== %s\n' "$*" >>"$log"
   if ! "$@" >>"$log" 2>&1 </dev/null; then
-    tail -n 40 "$log" >&2
+    tail -n 25 "$log" | cut -c -300 >&2
     die "$what failed; the whole output is in $log" "$hint"
   fi
 }
