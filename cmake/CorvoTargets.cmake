@@ -76,7 +76,10 @@ endfunction()
 # A null reference is passed on purpose between these files: neither optimiser nor sanitizer may rely on its absence.
 function(corvo_allow_null_references)
   if(NOT MSVC)
-    set_source_files_properties(
-      ${ARGN} PROPERTIES COMPILE_OPTIONS "-fno-delete-null-pointer-checks;$<$<BOOL:${CORVO_SANITIZE}>:-fno-sanitize=null>")
+    set(options -fno-delete-null-pointer-checks)
+    if(CORVO_SANITIZE)
+      list(APPEND options -fno-sanitize=null)
+    endif()
+    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "${options}")
   endif()
 endfunction()
