@@ -4,8 +4,6 @@
 
 namespace corvo::telemetry::host {
 
-std::filesystem::path DefaultModulePath() {
-  return ProgramDirectory().parent_path() / "lib" / "corvo-telemetry" / CORVO_MODULE_FILE;
-}
+std::filesystem::path DefaultModulePath() { return (ProgramDirectory() / CORVO_MODULE_FILE).lexically_normal(); }
 
 }  // namespace corvo::telemetry::host
