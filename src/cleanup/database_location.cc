@@ -1,6 +1,7 @@
 #include "cleanup/database_location.h"
 
 #include <filesystem>
+#include <system_error>
 
 #include "common/log.h"
 #include "contracts/lookups.h"
@@ -46,7 +47,13 @@ bool DatabaseFileExists(const char* path) {
   if (!file.has_parent_path()) {
     file = std::filesystem::path(std::string(kDataDirectory) + path);
   }
-  return std::filesystem::exists(file);
+  std::error_code failure;
+  const bool exists = std::filesystem::exists(file, failure);
+  if (failure) {
+    // Thrown here, because standard libraries differ in the operation that they name.
+    throw std::filesystem::filesystem_error("exists", file, failure);
+  }
+  return exists;
 }
 
 }  // namespace corvo::telemetry::cleanup
