@@ -35,7 +35,7 @@ std::string Advice(const Json& result) {
   }
   const bool named_locale = result.value("what", "").find("locale") != std::string::npos;
   const std::string hint = named_locale ? MissingLocaleHint() : "";
-  return hint.empty() ? "See the log (--log-level info) for what led to it." : "Install the locale: " + hint + ".";
+  return hint.empty() ? "See the log (--log-level info) for what led to it." : "Note that " + hint + ".";
 }
 
 }  // namespace corvo::telemetry::host

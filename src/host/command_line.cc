@@ -35,7 +35,9 @@ void AddGenerate(CLI::App& app, GenerateOptions& options) {
   command.add_option("--data-dir", options.data_dir, "Directory to write to; made when it is missing")
       ->required()
       ->type_name("DIR");
-  command.add_option("--seed", options.seed, "Seed of all made-up values")->capture_default_str();
+  command.add_option("--seed", options.seed, "Seed of all made-up values")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
   command.add_option("--scale", options.scale, "Factor on the number of rows of every table")
       ->check(CLI::Range(0.001, 1000.0))
       ->capture_default_str();
@@ -63,7 +65,7 @@ void AddRun(CLI::App& app, RunOptions& options) {
   command.add_flag("--json", options.json, "Write one JSON document to standard output, whatever happens");
   command.add_option("--log-level", options.log_level, "Most talkative records to log")
       ->check(CLI::IsMember(LogLevels()))
-      ->capture_default_str();
+      ->default_str(kDefaultLogLevel);
   command.add_option("--log-file", options.log_file, "File to log to instead of standard error")->type_name("FILE");
 }
 

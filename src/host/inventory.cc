@@ -50,7 +50,7 @@ DatabaseCount CountDatabase(const std::string& name, const fs::path& path, const
 std::vector<DatabaseCount> TakeInventory(const CatalogueView& catalogue, const fs::path& directory) {
   std::vector<DatabaseCount> counts;
   for (const DatabaseView& database : catalogue.databases) {
-    const fs::path path = fs::absolute(directory / (database.database + ".db"));
+    const fs::path path = fs::absolute(directory / (database.database + ".db")).lexically_normal();
     if (fs::exists(path)) {
       counts.push_back(CountDatabase(database.database, path, catalogue.Of(database.database)));
     }

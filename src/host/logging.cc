@@ -30,15 +30,26 @@ class ShortFormatter {
   }
 };
 
+bool IsMissingTable(const plog::Record& record) {
+  return plog::util::nstring(record.getMessage()).find(PLOG_NSTR("no such table:")) != plog::util::nstring::npos;
+}
+
 /// Shares standard error with the progress line.
 class StandardErrorAppender : public plog::ConsoleAppender<ShortFormatter> {
  public:
-  StandardErrorAppender() : plog::ConsoleAppender<ShortFormatter>(plog::streamStdErr) {}
+  explicit StandardErrorAppender(bool quiet)
+      : plog::ConsoleAppender<ShortFormatter>(plog::streamStdErr), quiet_(quiet) {}
 
   void write(const plog::Record& record) override {
+    if (quiet_ && IsMissingTable(record)) {
+      return;
+    }
     ClearProgress();
     plog::ConsoleAppender<ShortFormatter>::write(record);
   }
+
+ private:
+  bool quiet_;
 };
 
 plog::Severity ParseLevel(const std::string& level) {
@@ -64,8 +75,9 @@ const std::vector<std::string>& LogLevels() {
 }
 
 void StartLogging(const std::string& level, const std::string& file) {
-  static StandardErrorAppender standard_error;
-  common::InitDefaultLogger(ParseLevel(level), file.empty() ? &standard_error : &FileAppender(file));
+  static StandardErrorAppender standard_error(level.empty());
+  common::InitDefaultLogger(ParseLevel(level.empty() ? kDefaultLogLevel : level),
+                            file.empty() ? &standard_error : &FileAppender(file));
 }
 
 }  // namespace corvo::telemetry::host

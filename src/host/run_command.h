@@ -11,8 +11,8 @@ struct RunOptions {
   std::string plugin;  ///< empty: the module that belongs to the program
   int passes = 1;
   bool json = false;
-  std::string log_level = "error";
-  std::string log_file;  ///< empty: standard error
+  std::string log_level;  ///< empty: the default
+  std::string log_file;   ///< empty: standard error
 };
 
 /// `run`: lets the module clean the databases of a directory and shows what changed.

@@ -104,6 +104,10 @@ std::string FailureLines(const PassOutcome& pass, bool colour) {
 }  // namespace
 
 std::string RunText(const RunReport& report, bool colour) {
+  const bool failed = Failed(report.Result());
+  if (report.before.empty() && !failed) {
+    return "Nothing to clean: the directory holds none of the catalogue's databases\n";
+  }
   std::vector<TableLine> lines = {
       {{"DATABASE / TABLE", "ROWS BEFORE", "AFTER", "DELETED", "SIZE BEFORE", "AFTER", "FREED"}, Tone::kFaint}};
   Sums total;
@@ -116,7 +120,6 @@ std::string RunText(const RunReport& report, bool colour) {
   lines.push_back(SumRow("Total", total));
   const std::vector<Align> alignments = {Align::kLeft,  Align::kRight, Align::kRight, Align::kRight,
                                          Align::kRight, Align::kRight, Align::kRight};
-  const bool failed = Failed(report.Result());
   return FormatTable(lines, alignments, colour) + "\n" + PassLines(report) +
          (failed ? FailureLines(report.passes.back(), colour)
                  : SuccessLine(total, report.before.size(), report.Seconds(), colour));

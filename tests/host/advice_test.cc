@@ -1,0 +1,37 @@
+#include "host/advice.h"
+
+#include <gmock/gmock.h>
+
+namespace corvo::telemetry::host {
+namespace {
+
+using testing::HasSubstr;
+
+Json StorageResult(int code) { return {{"category", "EC_Custom"}, {"code", code}, {"type", "sqlite3"}}; }
+
+struct Case {
+  int code;
+  const char* advice;
+};
+
+class AdviceOnStorage : public testing::TestWithParam<Case> {};
+
+TEST_P(AdviceOnStorage, FitsTheKindOfFailure) {
+  EXPECT_THAT(Advice(StorageResult(GetParam().code)), HasSubstr(GetParam().advice));
+}
+
+TEST_P(AdviceOnStorage, LooksAtTheLowByteOfExtendedCodes) {
+  EXPECT_EQ(Advice(StorageResult(GetParam().code + 256 * 3)), Advice(StorageResult(GetParam().code)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, AdviceOnStorage,
+                         testing::Values(Case{5, "Another program"}, Case{6, "Another program"}, Case{8, "this user"},
+                                         Case{14, "this user"}, Case{11, "damaged"}, Case{26, "damaged"},
+                                         Case{13, "space"}, Case{10, "space"}, Case{1, "log"}));
+
+TEST(Advice, PointsToTheLogWhenNothingBetterIsKnown) {
+  EXPECT_THAT(Advice({{"category", "EC_Unknown"}, {"code", 1}}), HasSubstr("--log-level"));
+}
+
+}  // namespace
+}  // namespace corvo::telemetry::host

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace corvo::test {
+
+/// How a run of the host program ended, and what it wrote.
+struct HostRun {
+  int exit_code;
+  std::string out;
+  std::string err;
+
+  /// Standard output as one JSON document; throws when it is anything else.
+  [[nodiscard]] nlohmann::json Json() const { return nlohmann::json::parse(out); }
+};
+
+/// Runs the host program and waits for its end.
+///
+/// @param environment NAME=value, in addition to the environment of the test.
+HostRun RunHost(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {});
+
+/// Runs the host program on a terminal: `out` is everything that appeared there, `err` is empty.
+HostRun RunHostOnTerminal(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {});
+
+}  // namespace corvo::test

@@ -1,0 +1,126 @@
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+#include "host/run_fixture.h"
+#include "support/database.h"
+
+namespace corvo::test {
+namespace {
+
+using testing::HasSubstr;
+
+class RunFailure : public RunTest {
+ protected:
+  /// Expects a run that could not begin, told the same on standard error and in the JSON document.
+  void ExpectNoBeginning(int exit_code, const std::string& text, const std::vector<std::string>& more = {}) {
+    const HostRun run = Run(more);
+    EXPECT_EQ(run.exit_code, exit_code);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, HasSubstr(text));
+
+    std::vector<std::string> words = more;
+    words.emplace_back("--json");
+    const HostRun json = Run(words);
+    EXPECT_EQ(json.exit_code, exit_code);
+    EXPECT_EQ(json.Json()["result"]["code"], exit_code);
+    EXPECT_THAT(json.Json()["result"]["what"].get<std::string>(), HasSubstr(text));
+    EXPECT_EQ(json.Json()["databases"], nlohmann::json::array());
+  }
+
+  std::string TextFile(const std::string& name) {
+    std::ofstream(folder_ / name) << "no library\n";
+    return folder_ / name;
+  }
+};
+
+TEST_F(RunFailure, OfAMissingDataDirectoryHasAnExitCodeOfItsOwn) { ExpectNoBeginning(10, "does not exist"); }
+
+TEST_F(RunFailure, OfADataDirectoryThatIsAFileIsTheSame) {
+  data_ = TextFile("data");
+  ExpectNoBeginning(10, "is not a directory");
+}
+
+TEST_F(RunFailure, OfADirectoryNameThatIsNotUtf8IsStillAJsonDocument) {
+  data_ = folder_ / "no \xff text";
+  const HostRun run = Run({"--json"});
+  EXPECT_EQ(run.exit_code, 10);
+  EXPECT_THAT(run.Json()["result"]["what"].get<std::string>(), HasSubstr("no \xEF\xBF\xBD text"));
+}
+
+TEST_F(RunFailure, OfAMissingModuleNamesTheOption) {
+  Generate();
+  ExpectNoBeginning(12, "--plugin", {"--plugin", folder_ / "missing.so"});
+}
+
+TEST_F(RunFailure, OfAModuleThatIsNoLibraryNamesTheFile) {
+  Generate();
+  ExpectNoBeginning(12, "module.so", {"--plugin", TextFile("module.so")});
+}
+
+TEST_F(RunFailure, OfALibraryThatIsNoModuleNamesTheMissingFunction) {
+  Generate();
+  ExpectNoBeginning(12, "exports no LoadPlugin", {"--plugin", CORVO_LIBRARY_WITHOUT_MODULE});
+}
+
+TEST_F(RunFailure, OfALogFileThatCannotBeWrittenIsWrongUsage) {
+  Generate();
+  ExpectNoBeginning(2, "--log-file", {"--log-file", folder_ / "missing/run.log"});
+  ExpectNoBeginning(2, "--log-file", {"--log-file", folder_.Path().string()});
+}
+
+TEST_F(RunFailure, OfADamagedDatabaseIsTheModulesRecord) {
+  Generate();
+  std::ofstream(File("HealthLog.db"), std::ios::trunc) << "this is no database, but it is long enough to look at";
+  const HostRun run = Run({"--json"});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_EQ(run.Json()["result"]["type"], "sqlite3");
+  EXPECT_EQ(run.Json()["result"]["code"], 26);
+  EXPECT_THAT(run.err, HasSubstr("cannot count the rows of " + File("HealthLog.db").string()));
+}
+
+TEST_F(RunFailure, OfADamagedDatabaseShowsUnknownCountsAndAdvice) {
+  Generate();
+  std::ofstream(File("HealthLog.db"), std::ios::trunc) << "this is no database, but it is long enough to look at";
+  const HostRun run = Run();
+  EXPECT_THAT(run.out, testing::ContainsRegex("  BatteryStatus +\\? +\\?\n"));
+  EXPECT_THAT(run.out, HasSubstr("The pass failed in " + File("HealthLog.db").string() + ": file is not a database"));
+  EXPECT_THAT(run.out, HasSubstr("move it away"));
+}
+
+TEST_F(RunFailure, OfAPassEndsTheRun) {
+  Generate();
+  std::ofstream(File("Cache.db"), std::ios::trunc) << "this is no database, but it is long enough to look at";
+  const HostRun run = Run({"--passes", "3"});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_THAT(run.out, testing::Not(HasSubstr("Pass 2")));
+}
+
+class MissingLocale : public RunFailure {
+ protected:
+  /// A run that finds no locale definitions.
+  HostRun RunWithoutLocales(const std::vector<std::string>& more = {}) {
+    std::filesystem::create_directory(folder_ / "locales");
+    return Run(more, {"LOCPATH=" + folder_ / "locales"});
+  }
+};
+
+TEST_F(MissingLocale, IsAnnouncedWithTheCommandThatInstallsIt) {
+  Generate();
+  EXPECT_THAT(RunWithoutLocales({"--log-level", "none"}).err,
+              HasSubstr("localedef -i en_US -f ISO-8859-1 en_US (package locales)\n"));
+}
+
+TEST_F(MissingLocale, FailsThePassWithTheRecordOfTheLocale) {
+  Generate();
+  const HostRun run = RunWithoutLocales({"--json"});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_EQ(run.Json()["result"]["category"], "EC_Std");
+  EXPECT_THAT(run.Json()["result"]["what"].get<std::string>(), HasSubstr("locale"));
+  for (const auto& table : run.Json()["databases"][0]["tables"]) {
+    EXPECT_EQ(table["rows_after"], table["rows_before"]);
+  }
+}
+
+}  // namespace
+}  // namespace corvo::test
