@@ -1,0 +1,106 @@
+// Compaction, and the guard before it.
+#include <sqlite3.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "storage/storage_fixture.h"
+#include "support/statement_log.h"
+
+namespace corvo::test {
+namespace {
+
+using testing::StartsWith;
+
+std::string Content(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+constexpr int kPageSize = 512;
+
+class Compaction : public StorageTest {
+ protected:
+  /// 60 rows in three leaf pages, with a cell of the last one that now begins inside the list of cells. Every row can
+  /// still be read; compaction reports success and leaves a table whose reading breaks off in the middle.
+  void CreateDamagedSamples() {
+    {
+      Database database(file_);
+      database.Run("PRAGMA page_size=" + std::to_string(kPageSize));
+      database.Run("CREATE TABLE Samples(time TEXT, v TEXT)");
+      database.Run(
+          "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 60) "
+          "INSERT INTO Samples SELECT printf('2024-01-%02d', i), printf('row%03d', i) FROM n");
+    }
+    constexpr int kLeafHeader = 8;
+    constexpr int kDamagedCell = 5;
+    std::fstream stream(file_, std::ios::binary | std::ios::in | std::ios::out);
+    stream.seekp(-kPageSize + kLeafHeader + 2 * kDamagedCell, std::ios::end);
+    stream.put('\0');
+  }
+};
+
+TEST_F(Compaction, GivesFreePagesBack) {
+  CreateSamples(1000);
+  const auto size = std::filesystem::file_size(file_);
+  TelemetryStorage storage(file_.c_str(), "");
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id > 1"), Succeeds());
+
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+
+  EXPECT_LT(std::filesystem::file_size(file_), size);
+  EXPECT_EQ(Read(storage, "SELECT * FROM Samples"), (std::vector<Row>{{"1", "value 1"}}));
+}
+
+TEST_F(Compaction, OfADamagedFileLosesReadableRowsWithoutTheGuard) {
+  CreateDamagedSamples();
+  shared::SetCompactionGuard(false);
+  TelemetryStorage storage(file_.c_str(), "");
+  ASSERT_EQ(Read(storage, "SELECT v FROM Samples").size(), 60U);
+
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+
+  EXPECT_THAT(RunSql(storage, "SELECT v FROM Samples"), FailsWith(SQLITE_CORRUPT, "database disk image is malformed"));
+}
+
+class GuardedCompaction : public Compaction, public testing::WithParamInterface<const char*> {};
+
+TEST_P(GuardedCompaction, OfADamagedFileFailsAndLeavesItByteForByte) {
+  CreateDamagedSamples();
+  const std::string before = Content(file_);
+  {
+    TelemetryStorage storage(file_.c_str(), "");
+
+    EXPECT_THAT(RunSql(storage, GetParam()),
+                FailsWith(SQLITE_CORRUPT, StartsWith("database disk image is malformed: ")));
+
+    EXPECT_EQ(Read(storage, "SELECT v FROM Samples").size(), 60U);
+  }
+  EXPECT_EQ(Content(file_), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Compaction, GuardedCompaction,
+                         testing::Values("VACUUM;", "vacuum", " \n\tVacuum main;", "-- tidy\nVACUUM",
+                                         "/* tidy */VACUUM", ";;VACUUM", "\xEF\xBB\xBFVACUUM", "VACUUM/**/;"));
+
+TEST_F(Compaction, GuardChecksNothingElse) {
+  CreateDamagedSamples();
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_THAT(RunSql(storage, "/* VACUUM */ SELECT v AS 'VACUUM' FROM Samples"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "VACUUMS;"), FailsWith(SQLITE_ERROR, "near \"VACUUMS\": syntax error"));
+}
+
+TEST_F(Compaction, IsOneStatementForTheObserverAndChangesNoRow) {
+  CreateSamples(3);
+  TelemetryStorage storage(file_.c_str(), "");
+  const StatementLog log;
+
+  ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+
+  ASSERT_EQ(log.Sql(), std::vector<std::string>{"VACUUM;"});
+  EXPECT_EQ(log.All()[0].rows_changed, 0);
+}
+
+}  // namespace
+}  // namespace corvo::test

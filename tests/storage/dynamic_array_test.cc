@@ -1,0 +1,73 @@
+// The container of results.
+#include "storage/dynamic_array.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <utility>
+
+#include "storage/column.h"
+
+namespace corvo::test {
+namespace {
+
+using shared::Column;
+using shared::DynamicArray;
+
+TEST(DynamicArray, HasThatManyValueInitialisedElements) {
+  const DynamicArray<int> array(3);
+
+  EXPECT_EQ(array.count, 3);
+  EXPECT_EQ(array[0], 0);
+  EXPECT_EQ(array[2], 0);
+  EXPECT_EQ(&array[1], array.elements + 1);
+}
+
+TEST(DynamicArray, OfNoSizeIsEmpty) {
+  EXPECT_EQ(DynamicArray<int>().count, 0);
+  EXPECT_EQ(DynamicArray<int>(0).count, 0);
+  EXPECT_EQ(DynamicArray<int>(-1).count, 0);
+}
+
+TEST(DynamicArray, OfRowsBeginsWithEmptyRows) {
+  const DynamicArray<DynamicArray<Column>> rows(1);
+
+  EXPECT_EQ(rows[0].count, 0);
+}
+
+TEST(DynamicArray, SharesItsElementsWithCopies) {
+  const DynamicArray<int> array(1);
+  const DynamicArray<int> copy(array);
+
+  copy[0] = 7;
+
+  EXPECT_EQ(array[0], 7);
+}
+
+TEST(DynamicArray, KeepsItsElementsUntilTheLastCopyIsGone) {
+  DynamicArray<std::shared_ptr<int>> array(1);
+  array[0] = std::make_shared<int>(7);
+  const std::weak_ptr<int> element = array[0];
+
+  DynamicArray<std::shared_ptr<int>> copy(array);
+  array = DynamicArray<std::shared_ptr<int>>();
+  EXPECT_FALSE(element.expired());
+  copy = DynamicArray<std::shared_ptr<int>>();
+  EXPECT_TRUE(element.expired());
+}
+
+TEST(DynamicArray, IsEmptyAfterItsElementsMovedAway) {
+  DynamicArray<int> array(2);
+  DynamicArray<int> moved(std::move(array));
+  EXPECT_EQ(array.count, 0);  // NOLINT(bugprone-use-after-move): what is tested
+  EXPECT_EQ(array.elements, nullptr);
+
+  array = std::move(moved);
+  EXPECT_EQ(array.count, 2);
+  EXPECT_EQ(moved.count, 0);  // NOLINT(bugprone-use-after-move): what is tested
+}
+
+TEST(Column, ReadsAsEmptyTextByDefault) { EXPECT_STREQ(Column().GetColumnValue(), ""); }
+
+}  // namespace
+}  // namespace corvo::test

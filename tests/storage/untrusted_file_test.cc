@@ -1,0 +1,147 @@
+// A database file is untrusted input.
+#include <sqlite3.h>
+
+#include "storage/storage_fixture.h"
+
+namespace corvo::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+using UntrustedFile = StorageTest;
+
+TEST_F(UntrustedFile, RunsNoTriggerOfItsOwn) {
+  CreateSamples(3);
+  Database database(file_);
+  database.Run("CREATE TABLE Kept(x); INSERT INTO Kept VALUES(1);");
+  database.Run("CREATE TRIGGER Spread AFTER DELETE ON Samples BEGIN DELETE FROM Kept; END");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+
+  EXPECT_EQ(database.Count("Samples"), 0);
+  EXPECT_EQ(database.Count("Kept"), 1);
+}
+
+TEST_F(UntrustedFile, DeletesNothingThroughForeignKeys) {
+  CreateSamples(3);
+  Database database(file_);
+  database.Run("CREATE TABLE Kept(x REFERENCES Samples(id) ON DELETE CASCADE); INSERT INTO Kept VALUES(1);");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+
+  EXPECT_EQ(database.Count("Kept"), 1);
+}
+
+TEST_F(UntrustedFile, HasNoViews) {
+  CreateSamples(1);
+  Database(file_).Run("CREATE VIEW Window AS SELECT * FROM Samples");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_THAT(RunSql(storage, "SELECT COUNT(*) FROM Window"), FailsWith(SQLITE_ERROR, HasSubstr("view")));
+}
+
+TEST_F(UntrustedFile, KeepsTriggersAndViewsThroughCompaction) {
+  CreateSamples(1);
+  Database database(file_);
+  database.Run("CREATE VIEW Window AS SELECT * FROM Samples");
+  database.Run("CREATE TRIGGER Spread AFTER DELETE ON Samples BEGIN SELECT 1; END");
+  const std::vector<Row> schema = database.Query("SELECT type, name, sql FROM sqlite_schema ORDER BY name");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+
+  EXPECT_EQ(database.Query("SELECT type, name, sql FROM sqlite_schema ORDER BY name"), schema);
+}
+
+TEST_F(UntrustedFile, CannotChangeItsSchemaByHand) {
+  CreateSamples(1);
+  TelemetryStorage storage(file_.c_str(), "");
+  ASSERT_THAT(RunSql(storage, "PRAGMA writable_schema=ON"), Succeeds());
+
+  EXPECT_THAT(RunSql(storage, "DELETE FROM sqlite_schema"),
+              FailsWith(SQLITE_ERROR, "table sqlite_master may not be modified"));
+}
+
+TEST_F(UntrustedFile, LoadsNoExtension) {
+  CreateSamples(1);
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_THAT(RunSql(storage, "SELECT load_extension('libm')"), FailsWith(SQLITE_ERROR, StartsWith("not authorized")));
+}
+
+TEST_F(UntrustedFile, GivesErrorTextsThatAreValidUtf8) {
+  CreateSamples(1);
+  Database(file_).Run(
+      "PRAGMA writable_schema=ON;"
+      "UPDATE sqlite_schema SET name = CAST(x'4261FF64' AS TEXT), sql = CAST(x'FEFEFE' AS TEXT)");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  const Error error = RunSql(storage, "SELECT COUNT(*) FROM Samples");
+
+  EXPECT_THAT(error, FailsWith(SQLITE_CORRUPT, StartsWith("malformed database schema (Ba\xEF\xBF\xBD"
+                                                          "d)")));
+  EXPECT_NE(ErrorText(error), "(null)");
+}
+
+class PlantedStatistics : public StorageTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(PlantedStatistics, AreRefusedForEveryStatement) {
+  CreateSamples(1);
+  Database(file_).Run(GetParam());
+  TelemetryStorage storage(file_.c_str(), "");
+  const auto refused = FailsWith(SQLITE_AUTH, StartsWith("authorization denied: the schema has an object named "));
+
+  EXPECT_THAT(storage.GetLastError(), Succeeds()) << "the schema is not read before it is needed";
+  EXPECT_THAT(RunSql(storage, "SELECT pgsize, pageno FROM dbstat WHERE name='Samples'"), refused);
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), refused);
+  EXPECT_EQ(Database(file_).Count("Samples"), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    UntrustedFile, PlantedStatistics,
+    testing::Values("CREATE TABLE dbstat(name, pgsize, pageno)",
+                    "CREATE VIEW DbStat AS SELECT 'Samples' AS name, 4096 AS pgsize, 999999 AS pageno",
+                    "CREATE TABLE DBSTAT(x)"));
+
+TEST_F(UntrustedFile, AnswersPageStatisticsFromTheEngine) {
+  CreateSamples(1);
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_EQ(Read(storage, "SELECT pgsize, pageno FROM dbstat WHERE name='Samples'"), (std::vector<Row>{{"4096", "2"}}));
+}
+
+struct Option {
+  const char* pragma;
+  const char* value;
+};
+
+class ConnectionOptions : public StorageTest, public testing::WithParamInterface<Option> {};
+
+TEST_P(ConnectionOptions, AreInForce) {
+  CreateSamples(1);
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_EQ(ReadValue(storage, std::string("PRAGMA ") + GetParam().pragma), GetParam().value);
+}
+
+// secure_delete 2 is FAST.
+INSTANTIATE_TEST_SUITE_P(UntrustedFile, ConnectionOptions,
+                         testing::Values(Option{"secure_delete", "2"}, Option{"trusted_schema", "0"},
+                                         Option{"cell_size_check", "1"}, Option{"mmap_size", "0"},
+                                         Option{"foreign_keys", "0"}),
+                         [](const auto& option) { return option.param.pragma; });
+
+TEST_F(UntrustedFile, MayHoldLargeRowsAndStillBeCompacted) {
+  CreateSamples(1);
+  Database(file_).Run("INSERT INTO Samples VALUES(2, zeroblob(20000000))");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  EXPECT_EQ(ReadValue(storage, "SELECT length(v) FROM Samples WHERE id = 2"), "20000000");
+}
+
+}  // namespace
+}  // namespace corvo::test
