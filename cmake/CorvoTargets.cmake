@@ -18,6 +18,8 @@ else()
               -Wnull-dereference
               # GCC 12 sees overlaps in std::string's own code that are not there.
               $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
+              # GCC 13 and later see reads of empty optionals that are not there.
+              $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_GREATER_EQUAL:$<CXX_COMPILER_VERSION>,13>>:-Wno-maybe-uninitialized>
               $<$<BOOL:${CORVO_WERROR}>:-Werror>)
 endif()
 
