@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "common/error.h"
+#include "cleanup/record_matchers.h"
 #include "support/contract_factory.h"
 #include "support/database.h"
 #include "support/temp_dir.h"
@@ -45,22 +45,5 @@ void AddPayload(Database& database, const std::string& table, std::int64_t bytes
 /// Creates a table whose first page lies so far back in the file that it measures `megabytes`. Only for the first
 /// table of a fresh file, where the pages before it go to a table "Filler".
 void CreateTableMeasuring(Database& database, const std::string& table, std::int64_t megabytes);
-
-MATCHER(Succeeded, "is a success record") {
-  *result_listener << telemetry::common::ErrorText(arg);
-  return !arg.Failed() && arg.what.empty() && arg.type.empty() && arg.origin.empty();
-}
-
-MATCHER_P(FailedWith, text, "is a failure whose text holds \"" + std::string(text) + "\"") {
-  *result_listener << telemetry::common::ErrorText(arg);
-  return arg.Failed() && arg.what.find(text) != std::string::npos;
-}
-
-/// The operation's own record: category EC_Std, code 1, this text.
-MATCHER_P(OwnError, text, "is the engine's own record with the text \"" + std::string(text) + "\"") {
-  *result_listener << telemetry::common::ErrorText(arg);
-  return arg.category == telemetry::common::EC_Std && arg.code == 1 && arg.what == text &&
-         arg.type == "std::runtime_error" && arg.origin.empty();
-}
 
 }  // namespace corvo::test

@@ -1,0 +1,128 @@
+#include "support/scripted_storage.h"
+
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/message.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "storage/telemetry_storage.h"
+
+namespace corvo::test {
+namespace {
+
+ScriptedStorage* current = nullptr;
+
+ScriptedStorage& Script() {
+  if (current == nullptr) {
+    std::abort();
+  }
+  return *current;
+}
+
+}  // namespace
+
+ScriptedStorage::ScriptedStorage() { current = this; }
+
+ScriptedStorage::~ScriptedStorage() { current = nullptr; }
+
+}  // namespace corvo::test
+
+namespace corvo::shared {
+
+using telemetry::common::Error;
+using test::Script;
+
+ICommand::~ICommand() = default;
+
+struct SqlCommand::State {
+  std::string sql;
+  test::ScriptedStorage::Rows rows;
+};
+
+SqlCommand::SqlCommand(const char* statement) : state_(new State{statement, {}}) { ++Script().live_commands; }
+
+SqlCommand::~SqlCommand() { --Script().live_commands; }
+
+const char* SqlCommand::GetSqlStatement() const { return state_->sql.c_str(); }
+
+DynamicArray<DynamicArray<Column>> SqlCommand::GetResults() const {
+  DynamicArray<DynamicArray<Column>> result(static_cast<int>(state_->rows.size()));
+  for (int row = 0; row < result.count; ++row) {
+    const auto& texts = state_->rows[static_cast<std::size_t>(row)];
+    result[row] = DynamicArray<Column>(static_cast<int>(texts.size()));
+    for (int column = 0; column < result[row].count; ++column) {
+      result[row][column] = Column(texts[static_cast<std::size_t>(column)].c_str());
+    }
+  }
+  return result;
+}
+
+// The engine uses none of these.
+void SqlCommand::Execute(const char*, bool, const char**, const int&) { std::abort(); }
+void SqlCommand::Execute(const char*, const char**, const int&) { std::abort(); }
+bool SqlCommand::HasNext() const { std::abort(); }
+Error SqlCommand::Next() { std::abort(); }
+Error SqlCommand::GetLastError() const { std::abort(); }
+
+struct TelemetryStorage::State {
+  explicit State(const std::string& database) {
+    Script().opened.push_back(database);
+    Script().open(database);
+    ++Script().open_storages;
+  }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
+  ~State() { --Script().open_storages; }
+
+  Error Run(ICommand* command) {
+    commands.emplace_back(command);
+    const std::string sql = command->GetSqlStatement();
+    Script().statements.push_back(sql);
+    Error error = Script().execute(sql);
+    if (!error.Failed()) {
+      dynamic_cast<SqlCommand&>(*command).state_->rows = Script().rows(sql);
+    }
+    return error;
+  }
+
+  std::vector<std::unique_ptr<ICommand>> commands;
+  std::string name;
+  std::string path;
+};
+
+TelemetryStorage::TelemetryStorage(const google::protobuf::Message* contract, const char* text)
+    : state_(new State("contract " + contract->GetDescriptor()->name() + text)) {}
+
+TelemetryStorage::TelemetryStorage(const char* database, const char* text)
+    : state_(new State(std::string("file ") + database + text)) {}
+
+TelemetryStorage::~TelemetryStorage() = default;
+
+Error TelemetryStorage::GetLastError() const { return Script().last_error(); }
+
+const char* TelemetryStorage::GetDataBaseName() const {
+  state_->name = Script().name();
+  return state_->name.c_str();
+}
+
+const char* TelemetryStorage::GetDataBasePath() const {
+  state_->path = Script().path();
+  return state_->path.c_str();
+}
+
+Error TelemetryStorage::Execute(ICommand* command, const bool& flag) {
+  Script().forms.push_back(std::string("single") + (flag ? " flagged" : ""));
+  return state_->Run(command);
+}
+
+Error TelemetryStorage::Execute(ICommand** commands, const int& count, const bool& flag) {
+  Script().forms.push_back("list of " + std::to_string(count) + (flag ? " flagged" : ""));
+  Error error;
+  for (int index = 0; index < count && !error.Failed(); ++index) {
+    error = state_->Run(commands[index]);
+  }
+  return error;
+}
+
+}  // namespace corvo::shared
