@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+
+#include "common/log.h"
+#include "plugin/module_pass_posix.h"
+
+namespace corvo::test {
+namespace {
+
+TEST_F(ModulePass, ExportsOneFunctionUnderTwoNames) {
+  const LoadedModule module;
+  EXPECT_EQ(module.Symbol(LoadedModule::kPlainName), module.Symbol(LoadedModule::kQualifiedName));
+}
+
+class ModuleEntry : public ModulePass, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ModuleEntry, GivesAnObjectThatCleans) {
+  CreateUsage();
+  AddExpiredRow();
+  const LoadedModule module;
+  const auto object = module.NewObject(GetParam());
+  EXPECT_EQ(Run(*object), kSuccessJson);
+  EXPECT_EQ(CountRows(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, ModuleEntry, testing::Values(LoadedModule::kPlainName, LoadedModule::kQualifiedName));
+
+TEST_F(ModulePass, GivesANewObjectOnEveryCall) {
+  const LoadedModule module;
+  const auto first = module.NewObject();
+  const auto second = module.NewObject();
+  EXPECT_NE(first, nullptr);
+  EXPECT_NE(first, second);
+}
+
+TEST_F(ModulePass, ObjectStaysUsableWhenAnotherIsDestroyed) {
+  CreateUsage();
+  AddExpiredRow();
+  const LoadedModule module;
+  auto first = module.NewObject();
+  const auto second = module.NewObject();
+  first.reset();
+  EXPECT_EQ(Run(*second), kSuccessJson);
+  EXPECT_EQ(CountRows(), 0);
+}
+
+TEST_F(ModulePass, OlderEntryCleansToo) {
+  CreateUsage();
+  AddExpiredRow();
+  const LoadedModule module;
+  char text[] = "########";
+  module.NewObject()->Execute("input", text);
+  EXPECT_EQ(CountRows(), 0);
+  EXPECT_STREQ(text, "########");
+}
+
+// This program initialises no logger, and neither does the module.
+TEST_F(ModulePass, CreatesNoLogger) {
+  const LoadedModule module;
+  EXPECT_EQ(Run(*module.NewObject()), kSuccessJson);
+  EXPECT_EQ(telemetry::common::DefaultLogger(), nullptr);
+}
+
+TEST_F(ModulePass, LeavesTheProcessWhenItIsUnloaded) {
+  {
+    const LoadedModule module;
+    EXPECT_EQ(Run(*module.NewObject()), kSuccessJson);
+    EXPECT_TRUE(LoadedModule::IsInProcess(LoadedModule::File()));
+  }
+  EXPECT_FALSE(LoadedModule::IsInProcess(LoadedModule::File()));
+}
+
+/// A second copy of the module, in a folder of its own beside the same libraries.
+std::filesystem::path CopyModule(const TempDir& folder) {
+  for (const auto& entry : std::filesystem::directory_iterator(LoadedModule::File().parent_path())) {
+    if (entry.path() != LoadedModule::File()) {
+      std::filesystem::create_symlink(std::filesystem::canonical(entry.path()),
+                                      folder.Path() / entry.path().filename());
+    }
+  }
+  const auto copy = folder.Path() / LoadedModule::File().filename();
+  std::filesystem::copy_file(std::filesystem::canonical(LoadedModule::File()), copy);
+  return copy;
+}
+
+TEST_F(ModulePass, TwoCopiesServeSideBySide) {
+  CreateUsage();
+  const TempDir folder;
+  const auto copy = CopyModule(folder);
+  const LoadedModule first;
+  const LoadedModule second(copy);
+  EXPECT_NE(first.Symbol(LoadedModule::kPlainName), second.Symbol(LoadedModule::kPlainName));
+  const auto object = first.NewObject();
+  const auto other = second.NewObject();
+  for (auto* module : {object.get(), other.get()}) {
+    AddExpiredRow();
+    EXPECT_EQ(Run(*module), kSuccessJson);
+    EXPECT_EQ(CountRows(), 0);
+  }
+}
+
+TEST_F(ModulePass, CopyStaysUsableWhenTheOtherIsUnloaded) {
+  CreateUsage();
+  AddExpiredRow();
+  const TempDir folder;
+  const LoadedModule copy(CopyModule(folder));
+  {
+    const LoadedModule module;
+    EXPECT_EQ(Run(*module.NewObject()), kSuccessJson);
+  }
+  EXPECT_FALSE(LoadedModule::IsInProcess(LoadedModule::File()));
+  AddExpiredRow();
+  EXPECT_EQ(Run(*copy.NewObject()), kSuccessJson);
+  EXPECT_EQ(CountRows(), 0);
+}
+
+}  // namespace
+}  // namespace corvo::test

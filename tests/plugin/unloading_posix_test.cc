@@ -1,0 +1,53 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "plugin/module_pass_posix.h"
+
+namespace corvo::test {
+namespace {
+
+constexpr int kWarmUp = 100;
+constexpr int kTimes = 1'000;
+
+/// Memory of this process that is in RAM now.
+std::int64_t ResidentBytes() {
+  std::int64_t total_pages = 0;
+  std::int64_t resident_pages = 0;
+  std::ifstream("/proc/self/statm") >> total_pages >> resident_pages;
+  return resident_pages * sysconf(_SC_PAGESIZE);
+}
+
+/// Loads, runs and unloads the module; every tenth time there is a database to clean, which waits for the disk.
+void LoadRunUnload(int time, ModulePass& pass) {
+  const bool cleans = time % 10 == 0;
+  pass.SetHasData(cleans);
+  if (cleans) {
+    pass.AddExpiredRow();
+  }
+  {
+    const LoadedModule module;
+    ASSERT_EQ(ModulePass::Run(*module.NewObject()), ModulePass::kSuccessJson);
+  }
+  ASSERT_EQ(pass.CountRows(), 0);
+  ASSERT_FALSE(LoadedModule::IsInProcess(LoadedModule::File()));
+}
+
+TEST_F(ModulePass, LoadedAndUnloadedManyTimesTakesNoMoreMemory) {
+  CreateUsage();
+  for (int time = 0; time < kWarmUp; ++time) {
+    ASSERT_NO_FATAL_FAILURE(LoadRunUnload(time, *this));
+  }
+  const std::int64_t after_warm_up = ResidentBytes();
+  ASSERT_GT(after_warm_up, 0);
+  for (int time = 0; time < kTimes; ++time) {
+    ASSERT_NO_FATAL_FAILURE(LoadRunUnload(time, *this)) << "time " << time;
+  }
+  const std::int64_t growth = ResidentBytes() - after_warm_up;
+  RecordProperty("growth_bytes", std::to_string(growth));
+  EXPECT_LE(growth, std::int64_t{CORVO_UNLOADING_GROWTH_BYTES});
+}
+
+}  // namespace
+}  // namespace corvo::test
