@@ -134,6 +134,46 @@ INSTANTIATE_TEST_SUITE_P(UntrustedFile, ConnectionOptions,
                                          Option{"foreign_keys", "0"}),
                          [](const auto& option) { return option.param.pragma; });
 
+struct Excess {
+  const char* what;
+  std::string sql;
+  int code;
+};
+
+std::string Repeated(const std::string& text, int times) {
+  std::string repeated;
+  for (int time = 0; time < times; ++time) {
+    repeated += text;
+  }
+  return repeated;
+}
+
+class Limits : public StorageTest, public testing::WithParamInterface<Excess> {};
+
+TEST_P(Limits, AreInForce) {
+  CreateSamples(1);
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_THAT(RunSql(storage, GetParam().sql), FailsWith(GetParam().code, testing::_));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    UntrustedFile, Limits,
+    testing::Values(Excess{"RowLength", "SELECT length(zeroblob(256 * 1024 * 1024 + 1))", SQLITE_TOOBIG},
+                    Excess{"StatementLength", "SELECT 1 --" + std::string(1024 * 1024, '-'), SQLITE_TOOBIG},
+                    Excess{"ExpressionDepth", "SELECT 1" + Repeated(" + 1", 501), SQLITE_ERROR},
+                    Excess{"PatternLength", "SELECT 'a' LIKE '" + std::string(1001, '%') + "'", SQLITE_ERROR}),
+    [](const auto& excess) { return excess.param.what; });
+
+TEST_F(UntrustedFile, CanBeJoinedByOneOtherDatabaseOnly) {
+  CreateSamples(1);
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_THAT(RunSql(storage, "ATTACH ':memory:' AS one"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "ATTACH ':memory:' AS two"),
+              FailsWith(SQLITE_ERROR, "too many attached databases - max 1"));
+}
+
 TEST_F(UntrustedFile, MayHoldLargeRowsAndStillBeCompacted) {
   CreateSamples(1);
   Database(file_).Run("INSERT INTO Samples VALUES(2, zeroblob(20000000))");
