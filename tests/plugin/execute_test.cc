@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class Execute : public PassTest {
+class ModuleExecute : public PassTest {
  protected:
   DataCleanupPlugin module;
   BufferAllocator allocator;
@@ -33,34 +33,34 @@ TEST(DataCleanupPluginTypes, HoldNoDataOfTheirOwn) {
   EXPECT_EQ(sizeof(DataCleanupPlugin), sizeof(IPluginModule));
 }
 
-TEST_F(Execute, HandsOutThePassesResultInTheHostsMemory) {
+TEST_F(ModuleExecute, HandsOutThePassesResultInTheHostsMemory) {
   module.Execute("input", output, allocator);
   EXPECT_EQ(output, allocator.Latest());
   EXPECT_STREQ(output, kSuccessJson);
   EXPECT_STREQ(untouched, "########");
 }
 
-TEST_F(Execute, HandsOutTheFailureThatEndedThePass) {
+TEST_F(ModuleExecute, HandsOutTheFailureThatEndedThePass) {
   CreateFailingDatabase();
   module.Execute("input", output, allocator);
   EXPECT_THAT(output, HasSubstr(R"({"category":"EC_Custom","code":1,)"));
   EXPECT_THAT(output, HasSubstr("no such column: time"));
 }
 
-TEST_F(Execute, CleansOncePerCall) {
+TEST_F(ModuleExecute, CleansOncePerCall) {
   const LogCapture log(plog::info);
   module.Execute("input", output, allocator);
   EXPECT_THAT(log.Texts(plog::info),
               ElementsAre("Started DataCleanup::ReadSource", kSuccessJson, "Finished DataCleanup::ReadSource"));
 }
 
-TEST_F(Execute, WritesNoDebugRecordInTheNewerForm) {
+TEST_F(ModuleExecute, WritesNoDebugRecordInTheNewerForm) {
   const LogCapture log;
   module.Execute("input", output, allocator);
   EXPECT_THAT(log.Texts(plog::debug), IsEmpty());
 }
 
-TEST_F(Execute, ServesAnyNumberOfPassesFromOneObject) {
+TEST_F(ModuleExecute, ServesAnyNumberOfPassesFromOneObject) {
   for (int pass = 1; pass <= 3; ++pass) {
     module.Execute("input", output, allocator);
     EXPECT_STREQ(output, kSuccessJson);
@@ -68,7 +68,7 @@ TEST_F(Execute, ServesAnyNumberOfPassesFromOneObject) {
   }
 }
 
-TEST_F(Execute, RemembersNothingOfAFailedPass) {
+TEST_F(ModuleExecute, RemembersNothingOfAFailedPass) {
   CreateFailingDatabase();
   module.Execute("input", output, allocator);
   Open("DeviceUsage").Run("DROP TABLE PowerEvents");
@@ -76,34 +76,34 @@ TEST_F(Execute, RemembersNothingOfAFailedPass) {
   EXPECT_STREQ(output, kSuccessJson);
 }
 
-TEST_F(Execute, LeavesTheOutputWhenTheAllocatorHasNoMemory) {
+TEST_F(ModuleExecute, LeavesTheOutputWhenTheAllocatorHasNoMemory) {
   const EmptyAllocator empty;
   module.Execute("input", output, empty);
   EXPECT_EQ(output, untouched);
   EXPECT_STREQ(untouched, "########");
 }
 
-TEST_F(Execute, SeveralObjectsServeInTurn) {
+TEST_F(ModuleExecute, SeveralObjectsServeInTurn) {
   DataCleanupPlugin other;
   module.Execute("input", output, allocator);
   other.Execute("input", output, allocator);
   EXPECT_STREQ(output, kSuccessJson);
 }
 
-class ExecuteWithInput : public Execute, public testing::WithParamInterface<const char*> {};
+class ModuleExecuteWithInput : public ModuleExecute, public testing::WithParamInterface<const char*> {};
 
 // A table that holds its limit is cut to nine tenths of it, whatever the host says.
-TEST_P(ExecuteWithInput, TrimsTenPercentBelowTheLimit) {
+TEST_P(ModuleExecuteWithInput, TrimsTenPercentBelowTheLimit) {
   CreatePowerEvents(50'000);
   module.Execute(GetParam(), output, allocator);
   EXPECT_STREQ(output, kSuccessJson);
   EXPECT_EQ(Open("DeviceUsage").Count("PowerEvents"), 45'000);
 }
 
-INSTANTIATE_TEST_SUITE_P(, ExecuteWithInput,
+INSTANTIATE_TEST_SUITE_P(, ModuleExecuteWithInput,
                          testing::Values(nullptr, "", "50", R"({"trimMarginPercent":50})", "\xFF\xFE not text"));
 
-TEST_F(Execute, TrimsAgainTenPercentBelowTheLimitInEveryPass) {
+TEST_F(ModuleExecute, TrimsAgainTenPercentBelowTheLimitInEveryPass) {
   CreatePowerEvents(45'001);
   for (int pass = 0; pass < 2; ++pass) {
     module.Execute("input", output, allocator);

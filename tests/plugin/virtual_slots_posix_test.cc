@@ -28,17 +28,17 @@ class SlotsOf : public PassTest {
   char text[9] = "########";
 };
 
-using ModuleSlots = SlotsOf<DataCleanupPlugin>;
-using CollectorSlots = SlotsOf<DataCleanup>;
+using DataCleanupPluginSlots = SlotsOf<DataCleanupPlugin>;
+using DataCleanupSlots = SlotsOf<DataCleanup>;
 
-TEST_F(ModuleSlots, FirstIsTheOlderExecute) {
+TEST_F(DataCleanupPluginSlots, FirstIsTheOlderExecute) {
   const LogCapture log;
   slots.Execute("input", text);
   EXPECT_THAT(log.Texts(plog::debug), ElementsAre("corvo::shared::plugin::IPluginModule::Execute()"));
   EXPECT_STREQ(text, "########");
 }
 
-TEST_F(ModuleSlots, ThirdIsTheExecuteWithAnAllocator) {
+TEST_F(DataCleanupPluginSlots, ThirdIsTheExecuteWithAnAllocator) {
   const LogCapture log;
   char* output = text;
   slots.Execute("input", output, allocator);
@@ -46,33 +46,33 @@ TEST_F(ModuleSlots, ThirdIsTheExecuteWithAnAllocator) {
   EXPECT_THAT(log.Texts(plog::debug), IsEmpty());
 }
 
-TEST_F(CollectorSlots, FirstIsTheOlderExecuteOfTheBase) {
+TEST_F(DataCleanupSlots, FirstIsTheOlderExecuteOfTheBase) {
   const LogCapture log;
   slots.Execute("input", text);
   EXPECT_EQ(log.Texts(plog::info).front(), kStarted);
   EXPECT_STREQ(text, "########");
 }
 
-TEST_F(CollectorSlots, ThirdIsTheExecuteWithAnAllocatorOfTheBase) {
+TEST_F(DataCleanupSlots, ThirdIsTheExecuteWithAnAllocatorOfTheBase) {
   char* output = text;
   slots.Execute("input", output, allocator);
   EXPECT_STREQ(output, kSuccessJson);
 }
 
-TEST_F(CollectorSlots, FourthIsTheFinalizeOfTheBase) {
+TEST_F(DataCleanupSlots, FourthIsTheFinalizeOfTheBase) {
   telemetry::common::Error error;
   error.what = "given";
   EXPECT_EQ(slots.Finalize(error).what, "given");
 }
 
-TEST_F(CollectorSlots, FifthDoesNothing) {
+TEST_F(DataCleanupSlots, FifthDoesNothing) {
   const LogCapture log;
   slots.Configure("input");
   slots.Configure(nullptr);
   EXPECT_THAT(log.Lines(), IsEmpty());
 }
 
-TEST_F(CollectorSlots, SixthIsThePass) {
+TEST_F(DataCleanupSlots, SixthIsThePass) {
   const LogCapture log;
   EXPECT_FALSE(slots.ReadSource().Failed());
   EXPECT_EQ(log.Texts(plog::info).front(), kStarted);
