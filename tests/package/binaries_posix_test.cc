@@ -12,6 +12,26 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::UnorderedElementsAre;
 
+struct NamedFile {
+  const char* name;
+  const char* file;
+};
+
+std::ostream& operator<<(std::ostream& stream, const NamedFile& file) { return stream << file.name; }
+
+const NamedFile kModule{"Module", CORVO_MODULE};
+const NamedFile kCommons{"Commons", CORVO_COMMONS};
+const NamedFile kDataContracts{"DataContracts", CORVO_DATA_CONTRACTS};
+const NamedFile kStorage{"Storage", CORVO_STORAGE};
+
+// A test of several binaries, named after each.
+class BinaryTest : public testing::TestWithParam<NamedFile> {
+ protected:
+  [[nodiscard]] static std::string File() { return GetParam().file; }
+};
+
+std::string NameOf(const testing::TestParamInfo<NamedFile>& info) { return info.param.name; }
+
 TEST(Module, ExportsOneFunctionUnderTwoNames) {
   EXPECT_THAT(ExportedNames(CORVO_MODULE),
               UnorderedElementsAre("LoadPlugin", "corvo::telemetry::plugin::datacleanupplugin::LoadPlugin()"));
@@ -60,35 +80,32 @@ TEST(Storage, ExportsTheseFunctionsAndNoOther) {
           "TelemetryStorage::~TelemetryStorage"));
 }
 
-class OwnLibrary : public testing::TestWithParam<const char*> {};
+class OwnLibrary : public BinaryTest {};
 
 TEST_P(OwnLibrary, KeepsItsThirdPartyCodeToItself) {
-  EXPECT_THAT(ExportedNames(GetParam()), Each(Not(ContainsRegex("nlohmann|sqlite3|fmt::"))));
+  EXPECT_THAT(ExportedNames(File()), Each(Not(ContainsRegex("nlohmann|sqlite3|fmt::"))));
 }
 
-INSTANTIATE_TEST_SUITE_P(Libraries, OwnLibrary, testing::Values(CORVO_COMMONS, CORVO_STORAGE));
+INSTANTIATE_TEST_SUITE_P(Libraries, OwnLibrary, testing::Values(kCommons, kStorage), NameOf);
 
-class Binary : public testing::TestWithParam<const char*> {};
+class Binary : public BinaryTest {};
 
 TEST_P(Binary, LeavesNoSymbolUnresolved) {
-  EXPECT_THAT(BindEverything(GetParam()), Not(ContainsRegex("undefined symbol|not found")));
+  EXPECT_THAT(BindEverything(File()), Not(ContainsRegex("undefined symbol|not found")));
 }
 
 TEST_P(Binary, IsBoundAtLoadTimeAndReadOnlyAfterwards) {
-  EXPECT_THAT(DynamicSection(GetParam()), ContainsRegex("FLAGS_1.*NOW"));
-  EXPECT_THAT(ProgramHeaders(GetParam()), HasSubstr("GNU_RELRO"));
+  EXPECT_THAT(DynamicSection(File()), ContainsRegex("FLAGS_1.*NOW"));
+  EXPECT_THAT(ProgramHeaders(File()), HasSubstr("GNU_RELRO"));
 }
 
-TEST_P(Binary, HasAStackThatIsNotExecutable) {
-  EXPECT_THAT(ProgramHeaders(GetParam()), ContainsRegex("GNU_STACK.* RW "));
-}
+TEST_P(Binary, HasAStackThatIsNotExecutable) { EXPECT_THAT(ProgramHeaders(File()), ContainsRegex("GNU_STACK.* RW ")); }
 
 TEST_P(Binary, LooksForItsLibrariesBesideItselfAndNowhereElse) {
-  EXPECT_THAT(DynamicSection(GetParam()), ContainsRegex("\\((RUNPATH|RPATH)\\).*: \\[\\$ORIGIN\\]"));
+  EXPECT_THAT(DynamicSection(File()), ContainsRegex("\\((RUNPATH|RPATH)\\).*: \\[\\$ORIGIN\\]"));
 }
 
-INSTANTIATE_TEST_SUITE_P(EachOne, Binary,
-                         testing::Values(CORVO_MODULE, CORVO_COMMONS, CORVO_DATA_CONTRACTS, CORVO_STORAGE));
+INSTANTIATE_TEST_SUITE_P(EachOne, Binary, testing::Values(kModule, kCommons, kDataContracts, kStorage), NameOf);
 
 }  // namespace
 }  // namespace corvo::test
