@@ -1,3 +1,7 @@
 #include "host/command_line.h"
+#include "host/platform.h"
 
-int main(int argc, char** argv) { return corvo::telemetry::host::RunCommandLine(argc, argv); }
+int main(int argc, char** argv) {
+  corvo::telemetry::host::PrepareStandardStreams();
+  return corvo::telemetry::host::RunCommandLine(argc, argv);
+}

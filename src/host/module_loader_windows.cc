@@ -41,7 +41,7 @@ class WindowsModule : public LoadedModule {
 std::unique_ptr<LoadedModule> LoadModule(const std::filesystem::path& file) {
   // Its libraries are looked for beside the module and in the system's own directory only.
   Library library(LoadLibraryExW(std::filesystem::absolute(file).c_str(), nullptr,
-                                 LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS));
+                                 LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
   if (library == nullptr) {
     Fail(file, std::system_category().message(static_cast<int>(GetLastError())));
   }

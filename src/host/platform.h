@@ -8,6 +8,9 @@ namespace corvo::telemetry::host {
 /// The directory of the running program's file, symbolic links resolved.
 [[nodiscard]] std::filesystem::path ProgramDirectory();
 
+/// Makes the standard streams carry UTF-8 and lines that end with a single line feed.
+void PrepareStandardStreams();
+
 /// Whether a person watches the stream.
 [[nodiscard]] bool IsTerminal(std::FILE* stream);
 

@@ -9,6 +9,8 @@ namespace corvo::telemetry::host {
 
 std::filesystem::path ProgramDirectory() { return std::filesystem::read_symlink("/proc/self/exe").parent_path(); }
 
+void PrepareStandardStreams() {}
+
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
 
 bool UsesColour(std::FILE* stream) {

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <io.h>
 #include <windows.h>
 
@@ -12,6 +13,13 @@ std::filesystem::path ProgramDirectory() {
   std::array<wchar_t, 32768> path{};
   const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
   return std::filesystem::path(path.data(), path.data() + length).parent_path();
+}
+
+void PrepareStandardStreams() {
+  for (std::FILE* stream : {stdout, stderr}) {
+    _setmode(_fileno(stream), _O_BINARY);
+  }
+  SetConsoleOutputCP(CP_UTF8);
 }
 
 bool IsTerminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }

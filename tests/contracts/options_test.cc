@@ -60,7 +60,8 @@ TEST(ContractOptions, OfATypeWithoutTheOptionAreTheDefaultInstance) {
 }
 
 TEST(ContractOptions, WithoutAPartReadThatPartsDefaultInstance) {
-  const PersistanceMessageOptions& options = GetPersistance(PlainSamples());
+  const PlainSamples plain;
+  const PersistanceMessageOptions& options = GetPersistance(plain);
   EXPECT_EQ(&options.database_options(), &DatabaseOptions::default_instance());
   EXPECT_EQ(&options.table_options(), &TableOptions::default_instance());
 }

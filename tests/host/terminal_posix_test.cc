@@ -1,0 +1,44 @@
+#include <gmock/gmock.h>
+
+#include "host/run_fixture.h"
+
+namespace corvo::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class OnATerminal : public RunTest {
+ protected:
+  void SetUp() override { Generate(); }
+
+  HostRun RunThere(const std::vector<std::string>& environment = {"TERM=xterm", "NO_COLOR="}) {
+    return RunHostOnTerminal({"run", "--data-dir", data_}, environment);
+  }
+};
+
+TEST_F(OnATerminal, TheOutcomeIsGreen) {
+  const HostRun run = RunThere();
+  EXPECT_EQ(run.exit_code, 0);
+  EXPECT_THAT(run.out, testing::ContainsRegex("\x1b\\[32mCleaned 5 databases"));
+}
+
+TEST_F(OnATerminal, ColourStaysAwayWhenItIsNotWanted) {
+  EXPECT_THAT(RunThere({"TERM=xterm", "NO_COLOR=1"}).out, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(RunThere({"TERM=dumb", "NO_COLOR="}).out, Not(HasSubstr("\x1b")));
+}
+
+TEST_F(OnATerminal, OneLineOfProgressComesAndGoes) {
+  const std::string out = RunThere().out;
+  EXPECT_THAT(out, HasSubstr("\rHealthLog: "));
+  EXPECT_THAT(out, HasSubstr("now DELETE FROM "));
+  EXPECT_THAT(out, HasSubstr("\r" + std::string(79, ' ') + "\r"));
+}
+
+TEST_F(OnATerminal, AFailureIsRed) {
+  std::filesystem::resize_file(File("Cache.db"), 1000);
+  EXPECT_THAT(RunThere().out, testing::ContainsRegex("\x1b\\[31mThe pass failed"));
+}
+
+}  // namespace
+}  // namespace corvo::test
