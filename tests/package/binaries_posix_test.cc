@@ -24,13 +24,11 @@ const NamedFile kCommons{"Commons", CORVO_COMMONS};
 const NamedFile kDataContracts{"DataContracts", CORVO_DATA_CONTRACTS};
 const NamedFile kStorage{"Storage", CORVO_STORAGE};
 
-// A test of several binaries, named after each.
+// A test of several binaries.
 class BinaryTest : public testing::TestWithParam<NamedFile> {
  protected:
   [[nodiscard]] static std::string File() { return GetParam().file; }
 };
-
-std::string NameOf(const testing::TestParamInfo<NamedFile>& info) { return info.param.name; }
 
 TEST(Module, ExportsOneFunctionUnderTwoNames) {
   EXPECT_THAT(ExportedNames(CORVO_MODULE),
@@ -86,7 +84,7 @@ TEST_P(OwnLibrary, KeepsItsThirdPartyCodeToItself) {
   EXPECT_THAT(ExportedNames(File()), Each(Not(ContainsRegex("nlohmann|sqlite3|fmt::"))));
 }
 
-INSTANTIATE_TEST_SUITE_P(Libraries, OwnLibrary, testing::Values(kCommons, kStorage), NameOf);
+INSTANTIATE_TEST_SUITE_P(Libraries, OwnLibrary, testing::Values(kCommons, kStorage));
 
 class Binary : public BinaryTest {};
 
@@ -105,7 +103,7 @@ TEST_P(Binary, LooksForItsLibrariesBesideItselfAndNowhereElse) {
   EXPECT_THAT(DynamicSection(File()), ContainsRegex("\\((RUNPATH|RPATH)\\).*: \\[\\$ORIGIN\\]"));
 }
 
-INSTANTIATE_TEST_SUITE_P(EachOne, Binary, testing::Values(kModule, kCommons, kDataContracts, kStorage), NameOf);
+INSTANTIATE_TEST_SUITE_P(EachOne, Binary, testing::Values(kModule, kCommons, kDataContracts, kStorage));
 
 }  // namespace
 }  // namespace corvo::test
