@@ -69,6 +69,19 @@ TEST_F(ModulePass, LeavesTheProcessWhenItIsUnloaded) {
   EXPECT_FALSE(LoadedModule::IsInProcess(LoadedModule::File()));
 }
 
+TEST_F(ModulePass, ServesEveryTimeItIsLoadedAnew) {
+  CreateUsage();
+  for (int time = 0; time < 20; ++time) {
+    AddExpiredRow();
+    {
+      const LoadedModule module;
+      ASSERT_EQ(Run(*module.NewObject()), kSuccessJson);
+    }
+    ASSERT_EQ(CountRows(), 0);
+    ASSERT_FALSE(LoadedModule::IsInProcess(LoadedModule::File())) << "time " << time;
+  }
+}
+
 /// A second copy of the module, in a folder of its own beside the same libraries.
 std::filesystem::path CopyModule(const TempDir& folder) {
   for (const auto& entry : std::filesystem::directory_iterator(LoadedModule::File().parent_path())) {
