@@ -40,6 +40,7 @@ std::uint64_t TableSeed(const std::string& table, std::uint64_t seed) {
 
 std::vector<ColumnPlan> ColumnsOf(const google::protobuf::Descriptor& type) {
   std::vector<ColumnPlan> columns;
+  columns.reserve(static_cast<std::size_t>(type.field_count()));
   for (int index = 0; index < type.field_count(); ++index) {
     columns.push_back({type.field(index)->name(), SqlType(*type.field(index))});
   }
