@@ -19,7 +19,7 @@ using Logger = plog::Logger<PLOG_DEFAULT_INSTANCE_ID>;
 /// For hosts; call it before the first run. The instance lives in this library on every platform, so that the host, the
 /// libraries and the module write to the same one.
 ///
-/// @param max_severity records above it are not written (fatal 1, error 2, warning 3, info 4, debug 5, verbose 6).
+/// @param max_severity records above it are not written (fatal 1 to verbose 6); only the first call sets it.
 /// @param appender owned by the caller, must outlive every log statement; null adds none.
 CORVO_COMMONS_API Logger& InitDefaultLogger(plog::Severity max_severity, plog::IAppender* appender);
 
