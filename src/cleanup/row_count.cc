@@ -17,7 +17,7 @@ constexpr int kNullLine = 480;
 
 std::uint32_t CountRows(corvo::shared::TelemetryStorage& storage, const std::string& table) {
   const cleanup::Rows rows = cleanup::RunQuery(storage, "SELECT COUNT(*) AS rows FROM " + table);
-  if (rows.count == 0) {
+  if (rows.count == 0 || rows[0].count == 0) {
     throw std::runtime_error(std::string(kTag) + "(" + std::to_string(kNoRowsLine) + ") query returned 0 rows");
   }
   return static_cast<std::uint32_t>(std::atoi(rows[0][0].GetColumnValue()));

@@ -7,11 +7,23 @@ namespace corvo::telemetry::plugin {
 
 using shared::plugin::PluginBufferAllocator;
 
+namespace {
+
+void LogOlderEntry() noexcept {
+  try {
+    CORVO_LOG(plog::debug, "corvo::telemetry::plugin::DataCleanupPlugin::Execute")
+        << "corvo::shared::plugin::IPluginModule::Execute()";
+  } catch (...) {
+    // A host's appender may throw; the pass runs all the same.
+  }
+}
+
+}  // namespace
+
 DataCleanupPlugin::~DataCleanupPlugin() = default;
 
 void DataCleanupPlugin::Execute(const char* input, char* output) {
-  CORVO_LOG(plog::debug, "corvo::telemetry::plugin::DataCleanupPlugin::Execute")
-      << "corvo::shared::plugin::IPluginModule::Execute()";
+  LogOlderEntry();
   // Deliberate: the older interface has no allocator, so the reference refers to nothing and the local pointer keeps
   // whatever is stored into it.
   const PluginBufferAllocator* const none = nullptr;

@@ -50,7 +50,8 @@ class CORVO_STORAGE_API TelemetryStorage {
   ///
   /// @param flag reserved, changes nothing.
   /// @return success, or a record of category `EC_Custom` whose code is SQLite's extended result code
-  ///   (https://www.sqlite.org/rescode.html) and whose `what` begins with SQLite's own message.
+  ///   (https://www.sqlite.org/rescode.html) and whose `what` begins with SQLite's own message; an exception inside
+  ///   becomes a record as `MakeErrorFromException` makes it.
   corvo::telemetry::common::Error Execute(ICommand* command, const bool& flag);
 
   /// Runs `count` commands in list order, each as a transaction of its own, up to the first failure, which is returned.
