@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <sstream>
 #include <string_view>
 
@@ -122,16 +124,25 @@ ExitCode ParseAndRun(int argc, char** argv, bool json) {
   }
 }
 
+// Output that got lost (a full disk, a closed pipe) must not look like success.
+int FlushOutput(int exit_code) {
+  if (std::fflush(stdout) == 0) {
+    return exit_code;
+  }
+  fmt::print(stderr, "corvo-telemetry-host: cannot write standard output: {}\n", std::strerror(errno));
+  return exit_code == kDone ? kPassFailed : exit_code;
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, char** argv) noexcept {
   // Known before the command line is understood, so that a wrong one is answered in JSON as well.
   const bool json = std::any_of(argv, argv + argc, [](const char* word) { return std::string_view(word) == "--json"; });
   try {
-    return ParseAndRun(argc, argv, json);
+    return FlushOutput(ParseAndRun(argc, argv, json));
   } catch (const std::exception& error) {
     ReportFailure(common::Error(error), json);
-    return kPassFailed;
+    return FlushOutput(kPassFailed);
   }
 }
 

@@ -83,6 +83,12 @@ TEST(Help, IsADocumentWhenJsonIsAskedFor) {
   EXPECT_THAT(run.Json()["text"].get<std::string>(), HasSubstr("--data-dir"));
 }
 
+TEST(Output, ThatIsLostIsAFailure) {
+  const HostRun run = RunHostOnFullDisk({"contracts", "--json"});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_THAT(run.err, HasSubstr("cannot write standard output"));
+}
+
 TEST(Version, IsANumberOfThreeParts) {
   const HostRun run = RunHost({"--version"});
   EXPECT_EQ(run.exit_code, 0);

@@ -24,4 +24,7 @@ HostRun RunHost(const std::vector<std::string>& arguments, const std::vector<std
 /// Runs the host program on a terminal: `out` is everything that appeared there, `err` is empty.
 HostRun RunHostOnTerminal(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {});
 
+/// Runs the host program with a standard output that takes nothing.
+HostRun RunHostOnFullDisk(const std::vector<std::string>& arguments);
+
 }  // namespace corvo::test

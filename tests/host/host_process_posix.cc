@@ -119,4 +119,10 @@ HostRun RunHostOnTerminal(const std::vector<std::string>& arguments, const std::
   return {ExitCode(process), text, ""};
 }
 
+HostRun RunHostOnFullDisk(const std::vector<std::string>& arguments) {
+  const TempDir folder;
+  const int exit_code = ExitCode(Start(arguments, {}, Streams("/dev/full", folder / "err")));
+  return {exit_code, "", Content(folder / "err")};
+}
+
 }  // namespace corvo::test
