@@ -40,7 +40,13 @@ std::int64_t PassRunner::FaultsFired() {
 }
 
 nlohmann::json RunPass(const std::filesystem::path& data_directory, const std::vector<std::string>& options) {
-  return PassRunner(data_directory, options).Run();
+  PassRunner runner(data_directory, options);
+  const nlohmann::json record = runner.Run();
+  runner.Process().EndInput();
+  if (runner.Process().Wait() != 0) {
+    throw std::runtime_error("the pass runner did not end well, see above");
+  }
+  return record;
 }
 
 bool Succeeded(const nlohmann::json& record) { return record.at("category") == "EC_NoError" && record.at("code") == 0; }
