@@ -68,6 +68,11 @@ TEST_F(ScriptedCount, WithoutRowsIsAnUnknownExceptionWhateverItsCause) {
                           "\"version\":3,\"what\":\"DataCleanup::GetRowCount(474) - UNKNOWN EXCEPTION\"}"));
 }
 
+TEST_F(ScriptedCount, OfARowWithoutColumnsIsAnUnknownExceptionToo) {
+  EXPECT_THAT(CountOf({{}}), OwnError("DataCleanup::GetRowCount(474) - UNKNOWN EXCEPTION"));
+  EXPECT_EQ(count, 9U);
+}
+
 TEST_F(ScriptedCount, RecordOfTheStorageIsLoggedAsItIs) {
   storage.execute = [](const std::string&) { return Record(telemetry::common::EC_WinApi, 5, "denied"); };
   const LogCapture log;
