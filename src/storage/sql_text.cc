@@ -12,11 +12,6 @@ bool StartsWith(const char* text, std::string_view start) {
   return std::strncmp(text, start.data(), start.size()) == 0;
 }
 
-bool IsNameCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' ||
-         (static_cast<unsigned char>(c) & 0x80U) != 0;
-}
-
 // Behind the next `end`, or the text's end: like SQLite, an open comment ends there.
 const char* Behind(const char* text, std::string_view end) {
   const char* found = std::strstr(text, end.data());
@@ -46,9 +41,7 @@ const char* SkipBlanks(const char* sql) {
 
 bool IsVacuum(const char* sql) {
   constexpr std::string_view kVacuum = "VACUUM";
-  const char* keyword = SkipBlanks(sql);
-  return sqlite3_strnicmp(keyword, kVacuum.data(), static_cast<int>(kVacuum.size())) == 0 &&
-         !IsNameCharacter(keyword[kVacuum.size()]);
+  return sqlite3_strnicmp(SkipBlanks(sql), kVacuum.data(), static_cast<int>(kVacuum.size())) == 0;
 }
 
 }  // namespace corvo::shared

@@ -6,7 +6,7 @@ namespace corvo::shared {
 /// there is none.
 [[nodiscard]] const char* SkipBlanks(const char* sql);
 
-/// Whether the text's first keyword is VACUUM.
+/// Whether a statement that SQLite has accepted is a VACUUM.
 [[nodiscard]] bool IsVacuum(const char* sql);
 
 }  // namespace corvo::shared

@@ -72,10 +72,10 @@ TEST_F(Command, OfAStorageRunsItsNewStatementAtOnce) {
   ASSERT_THAT(storage.Execute(command, false), Succeeds());
   ASSERT_THAT(command->Next(), Succeeds());
 
-  command->Execute("SELECT id FROM Samples", true, nullptr, 0);
+  command->Execute("SELECT 2", true, nullptr, 0);
 
   EXPECT_THAT(command->GetLastError(), Succeeds());
-  EXPECT_EQ(command->GetResults().count, 3);
+  EXPECT_EQ(Texts(command->GetResults()), (std::vector<Row>{{"2"}}));
   EXPECT_TRUE(command->HasNext()) << "the new rows are read from their first";
 }
 

@@ -88,7 +88,6 @@ TEST_F(Compaction, GuardChecksNothingElse) {
   TelemetryStorage storage(file_.c_str(), "");
 
   EXPECT_THAT(RunSql(storage, "/* VACUUM */ SELECT v AS 'VACUUM' FROM Samples"), Succeeds());
-  EXPECT_THAT(RunSql(storage, "VACUUMS;"), FailsWith(SQLITE_ERROR, "near \"VACUUMS\": syntax error"));
 }
 
 TEST_F(Compaction, IsOneStatementForTheObserverAndChangesNoRow) {

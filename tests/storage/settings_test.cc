@@ -13,6 +13,17 @@ TEST_F(Settings, DataDirectoryIsAbsoluteAndEndsWithASeparator) {
   EXPECT_EQ(shared::GetDataDirectory(), expected.string());
 }
 
+TEST_F(Settings, DataDirectoryDoesNotFollowTheCurrentDirectory) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  shared::SetDataDirectory("relative");
+
+  std::filesystem::current_path(dir_.Path());
+  const std::string directory = shared::GetDataDirectory();
+  std::filesystem::current_path(before);
+
+  EXPECT_EQ(directory, (before / "relative" / "").string());
+}
+
 TEST_F(Settings, DataDirectoryKeepsOneSeparator) {
   const std::string with_separator = (dir_.Path() / "").string();
 
