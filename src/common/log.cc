@@ -2,6 +2,10 @@
 
 #include <plog/Init.h>
 
+template <>
+CORVO_COMMONS_API plog::Logger<PLOG_DEFAULT_INSTANCE_ID>*
+    plog::util::Singleton<plog::Logger<PLOG_DEFAULT_INSTANCE_ID>>::m_instance = nullptr;
+
 namespace corvo::telemetry::common {
 
 Logger* DefaultLogger() noexcept { return plog::get(); }
