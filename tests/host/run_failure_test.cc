@@ -116,9 +116,10 @@ TEST_F(MissingLocale, FailsThePassWithTheRecordOfTheLocale) {
   Generate();
   const HostRun run = RunWithoutLocales({"--json"});
   EXPECT_EQ(run.exit_code, 1);
-  EXPECT_EQ(run.Json()["result"]["category"], "EC_Std");
-  EXPECT_THAT(run.Json()["result"]["what"].get<std::string>(), HasSubstr("locale"));
-  for (const auto& table : run.Json()["databases"][0]["tables"]) {
+  const nlohmann::json document = run.Json();
+  EXPECT_EQ(document["result"]["category"], "EC_Std");
+  EXPECT_THAT(document["result"]["what"].get<std::string>(), HasSubstr("locale"));
+  for (const auto& table : document["databases"][0]["tables"]) {
     EXPECT_EQ(table["rows_after"], table["rows_before"]);
   }
 }
