@@ -5,10 +5,13 @@
 
 namespace corvo::test {
 
+/// Instead of a result code: the process is killed in place of the operation.
+inline constexpr int kKill = -1;
+
 /// What goes wrong with the files that SQLite opens.
 struct Fault {
   std::string operation;   ///< write, sync, truncate or delete
-  int code = 0;            ///< SQLite's result code that the operation gives
+  int code = 0;            ///< SQLite's result code that the operation gives, or kKill
   std::int64_t first = 1;  ///< the first call that fails, counted from 1
   bool lasting = false;    ///< whether the later calls fail too, as on a disk that stays full
 };

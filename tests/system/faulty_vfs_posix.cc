@@ -1,10 +1,11 @@
-#include "system/faulty_vfs.h"
-
 #include <sqlite3.h>
 
+#include <csignal>
 #include <map>
 #include <sstream>
 #include <stdexcept>
+
+#include "system/faulty_vfs.h"
 
 namespace corvo::test {
 namespace {
@@ -19,6 +20,9 @@ bool Fires(const char* operation) {
   }
   ++calls;
   const bool fires = calls == fault.first || (fault.lasting && calls > fault.first);
+  if (fires && fault.code == kKill) {
+    std::raise(SIGKILL);
+  }
   fired += fires ? 1 : 0;
   return fires;
 }
