@@ -71,6 +71,16 @@ TEST_F(ScriptedLocation, PathIsAskedOfAStorageForTheFile) {
   EXPECT_THAT(storage.opened, ElementsAre("contract Samples", "file Log.db"));
 }
 
+TEST_F(ScriptedLocation, MarkerOfADatabaseWithoutANameIsUsedLikeAFileName) {
+  const TempDir directory;
+  storage.name = [] { return ""; };
+  storage.path = [&directory] { return directory / ""; };
+  const std::string path = GetDatabaseFullPathName(contract);
+  EXPECT_EQ(path, directory / "[INVALID FILE]");
+  EXPECT_FALSE(telemetry::cleanup::DatabaseFileExists(path.c_str()));
+  EXPECT_THAT(storage.opened, ElementsAre("contract Samples", "file [INVALID FILE]"));
+}
+
 /// A pass over one database whose file is there.
 class ScriptedPass : public ScriptedTest {
  protected:
