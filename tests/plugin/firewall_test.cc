@@ -50,6 +50,15 @@ TEST_P(Firewall, ExceptionFromReadSourceDoesNotLeaveTheOlderExecute) {
   EXPECT_STREQ(untouched, "########");
 }
 
+TEST_P(Firewall, ExceptionFromTheRecordOfTheOlderExecuteDoesNotStopThePass) {
+  Open("DeviceUsage").Run("CREATE TABLE PowerEvents (time TEXT); INSERT INTO PowerEvents VALUES ('2000-01-01')");
+  LogCapture log;
+  ThrowOn(log, plog::debug, "corvo::telemetry::plugin::DataCleanupPlugin::Execute");
+  EXPECT_NO_THROW(module.Execute("input", untouched));
+  EXPECT_THAT(log.Texts(plog::debug), IsEmpty()) << "the record was refused";
+  EXPECT_EQ(Open("DeviceUsage").Count("PowerEvents"), 0);
+}
+
 TEST_P(Firewall, ModuleStaysUsableAfterAnException) {
   {
     LogCapture log;
