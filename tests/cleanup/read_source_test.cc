@@ -16,6 +16,7 @@ namespace {
 using testing::ElementsAre;
 
 constexpr const char* kTag = "DataCleanup::ReadSource";
+constexpr int kCannotOpen = 14;  // SQLITE_CANTOPEN
 const LogLine started{plog::info, kTag, "Started DataCleanup::ReadSource"};
 const LogLine finished{plog::info, kTag, "Finished DataCleanup::ReadSource"};
 const LogLine success{plog::info, kTag, R"({"category":"EC_NoError","code":0,"version":3})"};
@@ -63,6 +64,38 @@ TEST_F(ReadSource, CleansTheDatabasesOfTheCatalogueByTheirContracts) {
                           "SELECT COUNT(*) AS rows FROM PowerEvents", "VACUUM;"));
   EXPECT_EQ(statements.All().front().file, "Cache.db");
   EXPECT_EQ(statements.All().back().file, "DeviceUsage.db");
+}
+
+TEST_F(ReadSource, SuccessfulPassWithACompactionWritesThreeRecordsOnly) {
+  {
+    CreateDatabase("DeviceUsage", "PowerEvents", 2);
+    Database usage = Open("DeviceUsage");
+    AddPayload(usage, "PowerEvents", 1'000'000);
+    usage.Run("DELETE FROM PowerEvents WHERE typeof(value) = 'blob'");
+  }
+  const LogCapture log;
+  EXPECT_THAT(collector.ReadSource(), Succeeded());
+  EXPECT_THAT(log.Lines(), ElementsAre(started, success, finished));
+  EXPECT_LT(std::filesystem::file_size(directory / "DeviceUsage.db"), 20'000U);
+}
+
+TEST_F(ReadSource, FileNamedAfterATypeWhoseDatabaseIsMissingLosesExpiredRowsAndFailsThePass) {
+  {
+    Database stray = Open("Device");
+    CreateTable(stray, "Device");
+    AddRows(stray, "Device", 3, "2023-05-01T00:00:00+00:00");
+    AddRows(stray, "Device", 2);
+    CreateDatabase("DeviceUsage", "PowerEvents", 2);
+  }
+  const StatementLog statements;
+  const auto result = collector.ReadSource();
+  EXPECT_THAT(result, FailedWith("DeviceProfile.db"));
+  EXPECT_EQ(result.code, kCannotOpen);
+  EXPECT_EQ(Open("Device").Count("Device"), 2);
+  EXPECT_FALSE(std::filesystem::exists(directory / "DeviceProfile.db"));
+  EXPECT_THAT(statements.All(), ElementsAre(testing::Field(&Statement::file, "Device.db"),
+                                            testing::Field(&Statement::file, "DeviceProfile.db")))
+      << "the deletion and the count, where the pass ends";
 }
 
 TEST_F(ReadSource, LeavesTheExcludedDatabaseAlone) {
