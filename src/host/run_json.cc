@@ -9,10 +9,8 @@ Json TablesJson(const DatabaseChange& change) {
   Json tables = Json::array();
   for (std::size_t index = 0; index < change.before->tables.size(); ++index) {
     const TableCount& before = change.before->tables[index];
-    const auto rows_after = change.after == nullptr ? std::nullopt : change.after->tables[index].rows;
-    tables.push_back({{"table", before.table},
-                      {"rows_before", OptionalNumber(before.rows)},
-                      {"rows_after", OptionalNumber(rows_after)}});
+    const Json after = change.after == nullptr ? Json(nullptr) : OptionalNumber(change.after->tables[index].rows);
+    tables.push_back({{"table", before.table}, {"rows_before", OptionalNumber(before.rows)}, {"rows_after", after}});
   }
   return tables;
 }
