@@ -27,9 +27,11 @@ constexpr Setting kSwitches[] = {
 // Limits that no honest database meets. Compaction attaches one database, so none is too few; the schema's own texts
 // count against the length of SQL.
 constexpr Setting kLimits[] = {
-    {SQLITE_LIMIT_LENGTH, 256 * 1024 * 1024}, {SQLITE_LIMIT_SQL_LENGTH, 1024 * 1024},
-    {SQLITE_LIMIT_VDBE_OP, 1'000'000},        {SQLITE_LIMIT_EXPR_DEPTH, 500},
-    {SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 1000}, {SQLITE_LIMIT_ATTACHED, 1},
+    {SQLITE_LIMIT_LENGTH, 256 * 1024 * 1024},
+    {SQLITE_LIMIT_SQL_LENGTH, 1024 * 1024},
+    {SQLITE_LIMIT_EXPR_DEPTH, 500},
+    {SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 1000},
+    {SQLITE_LIMIT_ATTACHED, 1},
     {SQLITE_LIMIT_WORKER_THREADS, 0},
 };
 

@@ -9,7 +9,7 @@ namespace {
 constexpr const char* kVariable = "CORVO_TELEMETRY_DATA_DIR";
 
 class DataDirectory : public StorageTest {
- protected:
+ public:
   DataDirectory() { unsetenv(kVariable); }
   ~DataDirectory() override { unsetenv(kVariable); }
 };

@@ -37,11 +37,12 @@ TEST(DynamicArray, OfRowsBeginsWithEmptyRows) {
 
 TEST(DynamicArray, SharesItsElementsWithCopies) {
   const DynamicArray<int> array(1);
-  const DynamicArray<int> copy(array);
+  DynamicArray<int> copy;
+  copy = array;
 
-  copy[0] = 7;
+  array[0] = 7;
 
-  EXPECT_EQ(array[0], 7);
+  EXPECT_EQ(copy[0], 7);
 }
 
 TEST(DynamicArray, KeepsItsElementsUntilTheLastCopyIsGone) {

@@ -36,13 +36,14 @@ class Recorder : public StatementObserver {
 };
 
 class Observer : public StorageTest {
- protected:
+ public:
   Observer() {
     CreateSamples(5);
     former_ = shared::SetStatementObserver(recorder_);
   }
   ~Observer() override { shared::SetStatementObserver(former_); }
 
+ protected:
   std::shared_ptr<Recorder> recorder_ = std::make_shared<Recorder>();
   std::shared_ptr<StatementObserver> former_;
 };

@@ -69,10 +69,11 @@ inline std::string ReadValue(TelemetryStorage& storage, const std::string& sql) 
 
 /// An empty folder and the storage's default settings.
 class StorageTest : public testing::Test {
- protected:
+ public:
   StorageTest() { SetDefaults(); }
   ~StorageTest() override { SetDefaults(); }
 
+ protected:
   /// A database with the table Samples(id INTEGER PRIMARY KEY, v) and rows 1 … `rows`.
   void CreateSamples(int rows) {
     Database database(file_);

@@ -160,7 +160,8 @@ TEST_P(Limits, AreInForce) {
 INSTANTIATE_TEST_SUITE_P(
     UntrustedFile, Limits,
     testing::Values(Excess{"RowLength", "SELECT length(zeroblob(256 * 1024 * 1024 + 1))", SQLITE_TOOBIG},
-                    Excess{"StatementLength", "SELECT 1 --" + std::string(1024 * 1024, '-'), SQLITE_TOOBIG},
+                    Excess{"StatementLength", "SELECT 1 --" + std::string(std::size_t{1024} * 1024, '-'),
+                           SQLITE_TOOBIG},
                     Excess{"ExpressionDepth", "SELECT 1" + Repeated(" + 1", 501), SQLITE_ERROR},
                     Excess{"PatternLength", "SELECT 'a' LIKE '" + std::string(1001, '%') + "'", SQLITE_ERROR}),
     [](const auto& excess) { return excess.param.what; });
