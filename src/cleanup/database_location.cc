@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "cleanup/entry_exists.h"
 #include "common/log.h"
 #include "contracts/lookups.h"
 #include "storage/telemetry_storage.h"
@@ -47,13 +48,7 @@ bool DatabaseFileExists(const char* path) {
   if (!file.has_parent_path()) {
     file = std::filesystem::path(std::string(kDataDirectory) + path);
   }
-  std::error_code failure;
-  const bool exists = std::filesystem::exists(file, failure);
-  if (failure) {
-    // Thrown here, because standard libraries differ in the operation that they name.
-    throw std::filesystem::filesystem_error("exists", file, failure);
-  }
-  return exists;
+  return EntryExists(file);
 }
 
 }  // namespace corvo::telemetry::cleanup

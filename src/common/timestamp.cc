@@ -22,7 +22,7 @@ std::string TwoDigits(std::int64_t value) { return (value < 10 ? "0" : "") + std
 }  // namespace
 
 std::string FormatUtcTime(const std::tm& time, std::int32_t offset_hours) {
-  if (!IsValid(time)) {
+  if (!IsValid(time) || !CanFormat(time)) {
     return {};
   }
   std::ostringstream stream;

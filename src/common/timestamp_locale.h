@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ctime>
 #include <locale>
 
 namespace corvo::telemetry::common {
@@ -8,5 +9,8 @@ namespace corvo::telemetry::common {
 ///
 /// @throws std::runtime_error when the platform has named locales but not this one.
 [[nodiscard]] std::locale TimestampLocale();
+
+/// Whether the platform's C runtime can format the time, every field of which is in the range that timestamps allow.
+[[nodiscard]] bool CanFormat(const std::tm& time);
 
 }  // namespace corvo::telemetry::common

@@ -4,4 +4,6 @@ namespace corvo::telemetry::common {
 
 std::locale TimestampLocale() { return std::locale("en_US"); }
 
+bool CanFormat(const std::tm& /*time*/) { return true; }
+
 }  // namespace corvo::telemetry::common

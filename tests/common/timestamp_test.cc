@@ -7,24 +7,13 @@
 #include <limits>
 #include <stdexcept>
 
+#include "common/timestamp_fields.h"
+
 namespace corvo::test {
 namespace {
 
 using telemetry::common::FormatUtcTime;
 using telemetry::common::ReplaceZone;
-
-// 2024-05-01T12:30:00, a Wednesday.
-std::tm SomeTime() {
-  std::tm time{};
-  time.tm_year = 124;
-  time.tm_mon = 4;
-  time.tm_mday = 1;
-  time.tm_hour = 12;
-  time.tm_min = 30;
-  time.tm_wday = 3;
-  time.tm_yday = 121;
-  return time;
-}
 
 TEST(FormatUtcTime, WritesDateTimeAndOffset) { EXPECT_EQ(FormatUtcTime(SomeTime(), 0), "2024-05-01T12:30:00+00:00"); }
 
@@ -36,17 +25,6 @@ TEST(FormatUtcTime, PadsEveryFieldWithZeros) {
   time.tm_sec = 5;
   EXPECT_EQ(FormatUtcTime(time, 0), "1900-01-02T03:04:05+00:00");
 }
-
-struct FieldCase {
-  const char* name;
-  int std::tm::*field;
-  int value;
-  const char* text;  // empty for a value out of range
-
-  friend void PrintTo(const FieldCase& value, std::ostream* stream) { *stream << value.name << ' ' << value.value; }
-};
-
-class FormatUtcTimeField : public testing::TestWithParam<FieldCase> {};
 
 TEST_P(FormatUtcTimeField, IsAcceptedWithinItsRangeOnly) {
   std::tm time = SomeTime();
@@ -60,7 +38,7 @@ constexpr const char* kSame = "2024-05-01T12:30:00+00:00";
 
 INSTANTIATE_TEST_SUITE_P(Seconds, FormatUtcTimeField,
                          testing::Values(FieldCase{"second", &std::tm::tm_sec, 0, kSame},
-                                         FieldCase{"second", &std::tm::tm_sec, 61, "2024-05-01T12:30:61+00:00"},
+                                         FieldCase{"second", &std::tm::tm_sec, 60, "2024-05-01T12:30:60+00:00"},
                                          FieldCase{"second", &std::tm::tm_sec, 62, ""},
                                          FieldCase{"second", &std::tm::tm_sec, -1, ""},
                                          FieldCase{"second", &std::tm::tm_sec, kHighest, ""},
@@ -86,14 +64,11 @@ INSTANTIATE_TEST_SUITE_P(Months, FormatUtcTimeField,
                                          FieldCase{"month", &std::tm::tm_mon, 11, "2024-12-01T12:30:00+00:00"},
                                          FieldCase{"month", &std::tm::tm_mon, 12, ""},
                                          FieldCase{"month", &std::tm::tm_mon, -1, ""}));
-// Years of five digits are written as they are, ungrouped.
-INSTANTIATE_TEST_SUITE_P(
-    Years, FormatUtcTimeField,
-    testing::Values(FieldCase{"year", &std::tm::tm_year, 0, "1900-05-01T12:30:00+00:00"},
-                    FieldCase{"year", &std::tm::tm_year, 8099, "9999-05-01T12:30:00+00:00"},
-                    FieldCase{"year", &std::tm::tm_year, 8100, "10000-05-01T12:30:00+00:00"},
-                    FieldCase{"year", &std::tm::tm_year, 1'232'667, "1234567-05-01T12:30:00+00:00"},
-                    FieldCase{"year", &std::tm::tm_year, -1, ""}, FieldCase{"year", &std::tm::tm_year, kLowest, ""}));
+INSTANTIATE_TEST_SUITE_P(Years, FormatUtcTimeField,
+                         testing::Values(FieldCase{"year", &std::tm::tm_year, 0, "1900-05-01T12:30:00+00:00"},
+                                         FieldCase{"year", &std::tm::tm_year, 8099, "9999-05-01T12:30:00+00:00"},
+                                         FieldCase{"year", &std::tm::tm_year, -1, ""},
+                                         FieldCase{"year", &std::tm::tm_year, kLowest, ""}));
 INSTANTIATE_TEST_SUITE_P(Weekdays, FormatUtcTimeField,
                          testing::Values(FieldCase{"weekday", &std::tm::tm_wday, 0, kSame},
                                          FieldCase{"weekday", &std::tm::tm_wday, 6, kSame},

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "common/timestamp.h"
+#include "common/timestamp_fields.h"
 
 namespace corvo::test {
 namespace {
@@ -67,6 +68,13 @@ TEST(FormatUtcTime, OverwritesTheTailOfATimeWithUnknownDaylightSaving) {
   time.tm_isdst = -1;
   EXPECT_EQ(FormatUtcTime(time, 0), "2024-01-01T00:+00:00");
 }
+
+// Years of five digits are written as they are, ungrouped.
+INSTANTIATE_TEST_SUITE_P(BeyondTheWindowsRuntime, FormatUtcTimeField,
+                         testing::Values(FieldCase{"second", &std::tm::tm_sec, 61, "2024-05-01T12:30:61+00:00"},
+                                         FieldCase{"year", &std::tm::tm_year, 8100, "10000-05-01T12:30:00+00:00"},
+                                         FieldCase{"year", &std::tm::tm_year, 1'232'667,
+                                                   "1234567-05-01T12:30:00+00:00"}));
 
 TEST(FormatUtcTime, IgnoresTheProcessLocale) {
   const std::locale former = std::locale::global(std::locale("en_US"));

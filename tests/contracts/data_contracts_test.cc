@@ -8,6 +8,7 @@
 
 #include "contracts/catalogue.h"
 #include "contracts/lookups.h"
+#include "support/patterns.h"
 
 namespace corvo::test {
 namespace {
@@ -91,7 +92,7 @@ TEST_P(DataContract, RepeatsTheSizeLimitOfItsDatabase) {
 }
 
 TEST_P(DataContract, HasATableNameThatNeedsNoQuotes) {
-  EXPECT_THAT(GetTableName(GetParam().message), testing::MatchesRegex("[A-Za-z][A-Za-z0-9_]*"));
+  EXPECT_THAT(GetTableName(GetParam().message), MatchesPattern("[A-Za-z][A-Za-z0-9_]*"));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, DataContract, testing::ValuesIn(Types(ContractCatalogue())));

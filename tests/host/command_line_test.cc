@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/host_process.h"
+#include "support/patterns.h"
 #include "support/temp_dir.h"
 
 namespace corvo::test {
@@ -92,7 +93,7 @@ TEST(Output, ThatIsLostIsAFailure) {
 TEST(Version, IsANumberOfThreeParts) {
   const HostRun run = RunHost({"--version"});
   EXPECT_EQ(run.exit_code, 0);
-  EXPECT_THAT(run.out, testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+\n"));
+  EXPECT_THAT(run.out, MatchesPattern("[0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
 
 }  // namespace

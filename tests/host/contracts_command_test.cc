@@ -4,6 +4,7 @@
 #include "contracts/catalogue.h"
 #include "contracts/lookups.h"
 #include "host/host_process.h"
+#include "support/patterns.h"
 
 namespace corvo::test {
 namespace {
@@ -45,7 +46,7 @@ TEST(ContractsCommand, ShowsOneLineForEachContract) {
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_THAT(run.out, testing::HasSubstr("34 tables in 6 databases"));
   for (const Message* message : contracts::ContractCatalogue()) {
-    EXPECT_THAT(run.out, testing::ContainsRegex(contracts::GetPersistance(*message).database() + " +" +
+    EXPECT_THAT(run.out, ContainsPattern(contracts::GetPersistance(*message).database() + " +" +
                                                 message->GetDescriptor()->name() + " +" +
                                                 contracts::GetTableName(message) + " "));
   }

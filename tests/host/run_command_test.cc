@@ -5,6 +5,7 @@
 #include "host/catalogue_view.h"
 #include "host/run_fixture.h"
 #include "support/database.h"
+#include "support/patterns.h"
 
 namespace corvo::test {
 namespace {
@@ -92,14 +93,14 @@ TEST_F(RunCommand, TellsPeopleWhatChangedAndEndsWithTheOutcome) {
   EXPECT_THAT(run.out, HasSubstr("HealthLog"));
   EXPECT_THAT(run.out, HasSubstr("  BatteryStatus"));
   EXPECT_THAT(run.out,
-              testing::ContainsRegex("Total .*\n\nCleaned 5 databases: [0-9,]+ rows deleted, .* freed in .* s\n$"));
+              ContainsPattern("Total .*\n\nCleaned 5 databases: [0-9,]+ rows deleted, .* freed in .* s\n$"));
 }
 
 TEST_F(RunCommand, RunsSeveralPassesOfWhichTheFirstDoesTheWork) {
   Generate();
   const HostRun run = Run({"--passes", "2"});
   EXPECT_EQ(run.exit_code, 0) << run.err;
-  EXPECT_THAT(run.out, testing::ContainsRegex("Pass 1: [1-9][0-9,]* rows deleted"));
+  EXPECT_THAT(run.out, ContainsPattern("Pass 1: [1-9][0-9,]* rows deleted"));
   EXPECT_THAT(run.out, HasSubstr("Pass 2: 0 rows deleted"));
 }
 

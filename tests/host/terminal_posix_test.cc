@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "host/run_fixture.h"
+#include "support/patterns.h"
 
 namespace corvo::test {
 namespace {
@@ -20,7 +21,7 @@ class OnATerminal : public RunTest {
 TEST_F(OnATerminal, TheOutcomeIsGreen) {
   const HostRun run = RunThere();
   EXPECT_EQ(run.exit_code, 0);
-  EXPECT_THAT(run.out, testing::ContainsRegex("\x1b\\[32mCleaned 5 databases"));
+  EXPECT_THAT(run.out, ContainsPattern("\x1b\\[32mCleaned 5 databases"));
 }
 
 TEST_F(OnATerminal, ColourStaysAwayWhenItIsNotWanted) {
@@ -37,7 +38,7 @@ TEST_F(OnATerminal, OneLineOfProgressComesAndGoes) {
 
 TEST_F(OnATerminal, AFailureIsRed) {
   std::filesystem::resize_file(File("Cache.db"), 1000);
-  EXPECT_THAT(RunThere().out, testing::ContainsRegex("\x1b\\[31mThe pass failed"));
+  EXPECT_THAT(RunThere().out, ContainsPattern("\x1b\\[31mThe pass failed"));
 }
 
 }  // namespace
