@@ -44,7 +44,13 @@ install(FILES "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-config.cmake"
               "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-config-version.cmake" DESTINATION "${CORVO_CMAKE_DIR}")
 
 # cpack packs the installed tree into one archive.
-set(CPACK_GENERATOR TGZ)
+if(WIN32)
+  set(CPACK_GENERATOR ZIP)
+  install(FILES ${CORVO_RUNTIME_LIBRARIES} DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES packaging/windows/corvo-telemetry-cleanup.xml packaging/windows/install.ps1 DESTINATION .)
+else()
+  set(CPACK_GENERATOR TGZ)
+endif()
 set(CPACK_PACKAGE_VENDOR "Corvo")
 set(CPACK_STRIP_FILES ON)
 include(CPack)

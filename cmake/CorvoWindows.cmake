@@ -42,17 +42,17 @@ function(corvo_harden_windows target)
   corvo_version_resource(${target})
 endfunction()
 
-# The libraries of others that the programs of the build tree need beside them.
-function(corvo_copy_runtime_libraries)
-  if(NOT CORVO_WINDOWS_PREFIX)
-    return()
-  endif()
-  file(GLOB libraries "${CORVO_WINDOWS_PREFIX}/bin/*.dll")
+# The libraries of others that the programs need beside them, in the build tree as in the installed one. Other toolchains
+# put them there themselves.
+set(CORVO_RUNTIME_LIBRARIES "")
+if(CORVO_WINDOWS_PREFIX)
+  foreach(name IN ITEMS libprotobuf.dll libsqlite3.dll)
+    list(APPEND CORVO_RUNTIME_LIBRARIES "${CORVO_WINDOWS_PREFIX}/bin/${name}")
+  endforeach()
   foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name} OUTPUT_VARIABLE library
                     OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    list(APPEND libraries "${library}")
+    list(APPEND CORVO_RUNTIME_LIBRARIES "${library}")
   endforeach()
-  file(COPY ${libraries} DESTINATION "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
-endfunction()
-corvo_copy_runtime_libraries()
+  file(COPY ${CORVO_RUNTIME_LIBRARIES} DESTINATION "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+endif()

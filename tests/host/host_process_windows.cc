@@ -20,20 +20,37 @@ std::string Content(const std::string& file) {
   return text.str();
 }
 
+int Run(const std::vector<std::string>& arguments, const std::vector<std::string>& environment, const Handle& out,
+        const Handle& err) {
+  std::vector<std::string> command = {CORVO_HOST_PROGRAM};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  const Handle in = Open("NUL", GENERIC_READ, OPEN_EXISTING);
+  return WaitForExit(StartProcess(command, environment, {in.Get(), out.Get(), err.Get()}));
+}
+
 }  // namespace
 
 HostRun RunHost(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
   const TempDir folder;
-  std::vector<std::string> command = {CORVO_HOST_PROGRAM};
-  command.insert(command.end(), arguments.begin(), arguments.end());
   int exit_code = 0;
   {
-    const Handle in = Open("NUL", GENERIC_READ, OPEN_EXISTING);
     const Handle out = Open(folder / "out", GENERIC_WRITE, CREATE_ALWAYS);
     const Handle err = Open(folder / "err", GENERIC_WRITE, CREATE_ALWAYS);
-    exit_code = WaitForExit(StartProcess(command, environment, {in.Get(), out.Get(), err.Get()}));
+    exit_code = Run(arguments, environment, out, err);
   }
   return {exit_code, Content(folder / "out"), Content(folder / "err")};
+}
+
+// A handle that may only read refuses every write, as a full disk does.
+HostRun RunHostOnFullDisk(const std::vector<std::string>& arguments) {
+  const TempDir folder;
+  int exit_code = 0;
+  {
+    const Handle out = Open(folder / "out", GENERIC_READ, CREATE_ALWAYS);
+    const Handle err = Open(folder / "err", GENERIC_WRITE, CREATE_ALWAYS);
+    exit_code = Run(arguments, {}, out, err);
+  }
+  return {exit_code, "", Content(folder / "err")};
 }
 
 }  // namespace corvo::test

@@ -1,8 +1,8 @@
-#include "plugin/loaded_module_posix.h"
-
 #include <dlfcn.h>
 
 #include <stdexcept>
+
+#include "plugin/loaded_module.h"
 
 namespace corvo::test {
 
@@ -14,6 +14,17 @@ bool LoadedModule::IsInProcess(const std::filesystem::path& file) {
     dlclose(handle);
   }
   return handle != nullptr;
+}
+
+std::filesystem::path LoadedModule::CopyTo(const std::filesystem::path& folder) {
+  for (const auto& entry : std::filesystem::directory_iterator(File().parent_path())) {
+    if (entry.path() != File()) {
+      std::filesystem::create_symlink(std::filesystem::canonical(entry.path()), folder / entry.path().filename());
+    }
+  }
+  const auto copy = folder / File().filename();
+  std::filesystem::copy_file(std::filesystem::canonical(File()), copy);
+  return copy;
 }
 
 LoadedModule::LoadedModule(const std::filesystem::path& file) : handle_(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) {

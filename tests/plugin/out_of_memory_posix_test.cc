@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "plugin/module_pass_posix.h"
+#include "plugin/module_pass.h"
 #include "support/allocation_failure.h"
 
 namespace corvo::test {

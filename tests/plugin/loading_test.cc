@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "common/log.h"
-#include "plugin/module_pass_posix.h"
+#include "plugin/module_pass.h"
 
 namespace corvo::test {
 namespace {
@@ -82,23 +82,10 @@ TEST_F(ModulePass, ServesEveryTimeItIsLoadedAnew) {
   }
 }
 
-/// A second copy of the module, in a folder of its own beside the same libraries.
-std::filesystem::path CopyModule(const TempDir& folder) {
-  for (const auto& entry : std::filesystem::directory_iterator(LoadedModule::File().parent_path())) {
-    if (entry.path() != LoadedModule::File()) {
-      std::filesystem::create_symlink(std::filesystem::canonical(entry.path()),
-                                      folder.Path() / entry.path().filename());
-    }
-  }
-  const auto copy = folder.Path() / LoadedModule::File().filename();
-  std::filesystem::copy_file(std::filesystem::canonical(LoadedModule::File()), copy);
-  return copy;
-}
-
 TEST_F(ModulePass, TwoCopiesServeSideBySide) {
   CreateUsage();
   const TempDir folder;
-  const auto copy = CopyModule(folder);
+  const auto copy = LoadedModule::CopyTo(folder.Path());
   const LoadedModule first;
   const LoadedModule second(copy);
   EXPECT_NE(first.Symbol(LoadedModule::kPlainName), second.Symbol(LoadedModule::kPlainName));
@@ -115,7 +102,7 @@ TEST_F(ModulePass, CopyStaysUsableWhenTheOtherIsUnloaded) {
   CreateUsage();
   AddExpiredRow();
   const TempDir folder;
-  const LoadedModule copy(CopyModule(folder));
+  const LoadedModule copy(LoadedModule::CopyTo(folder.Path()));
   {
     const LoadedModule module;
     EXPECT_EQ(Run(*module.NewObject()), kSuccessJson);

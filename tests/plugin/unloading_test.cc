@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <fstream>
-
-#include "plugin/module_pass_posix.h"
+#include "plugin/module_pass.h"
+#include "support/process_memory.h"
 
 namespace corvo::test {
 namespace {
@@ -11,14 +9,6 @@ namespace {
 constexpr int kWarmUp = 100;
 constexpr int kTimes = 1'000;
 constexpr std::int64_t kMostGrowth = 1'000'000;  // a kilobyte each time
-
-/// Memory of this process that is in RAM now.
-std::int64_t ResidentBytes() {
-  std::int64_t total_pages = 0;
-  std::int64_t resident_pages = 0;
-  std::ifstream("/proc/self/statm") >> total_pages >> resident_pages;
-  return resident_pages * sysconf(_SC_PAGESIZE);
-}
 
 /// Loads, runs and unloads the module; every tenth time there is a database to clean, which waits for the disk.
 void LoadRunUnload(int time, ModulePass& pass) {

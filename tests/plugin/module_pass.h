@@ -1,13 +1,13 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <string>
 
-#include "plugin/loaded_module_posix.h"
+#include "plugin/loaded_module.h"
 #include "support/buffer_allocator.h"
 #include "support/database.h"
+#include "support/environment.h"
 #include "support/temp_dir.h"
 
 namespace corvo::test {
@@ -16,11 +16,11 @@ namespace corvo::test {
 class ModulePass : public testing::Test {
  public:
   ModulePass() { SetHasData(true); }
-  ~ModulePass() override { unsetenv("CORVO_TELEMETRY_DATA_DIR"); }
+  ~ModulePass() override { SetEnvironment("CORVO_TELEMETRY_DATA_DIR", nullptr); }
 
   /// Whether passes see the databases that the test creates, or an empty directory.
   void SetHasData(bool has_data) const {
-    setenv("CORVO_TELEMETRY_DATA_DIR", (has_data ? directory : empty_directory).Path().c_str(), 1);
+    SetEnvironment("CORVO_TELEMETRY_DATA_DIR", (has_data ? directory : empty_directory).Path().string().c_str());
   }
 
   void CreateUsage() const { Usage().Run("CREATE TABLE PowerEvents (time TEXT)"); }

@@ -23,6 +23,9 @@ class LoadedModule {
   /// Whether that file is loaded in this process.
   [[nodiscard]] static bool IsInProcess(const std::filesystem::path& file);
 
+  /// Puts a second copy of the module into a folder, beside the same libraries.
+  [[nodiscard]] static std::filesystem::path CopyTo(const std::filesystem::path& folder);
+
   explicit LoadedModule(const std::filesystem::path& file = File());
   LoadedModule(const LoadedModule&) = delete;
   LoadedModule& operator=(const LoadedModule&) = delete;

@@ -1,4 +1,4 @@
-#include "support/virtual_slots_posix.h"
+#include "support/virtual_slots_itanium.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
