@@ -15,7 +15,8 @@ class CORVO_COMMONS_API PluginBufferAllocator {
   [[nodiscard]] virtual char* Allocate(std::size_t size) const = 0;
 };
 
-/// The older plug-in interface. An object is used from one thread at a time. The order of the virtual operations is binary contract: never reorder them.
+/// The older plug-in interface. An object is used from one thread at a time. The order of the virtual operations is
+/// binary contract: never reorder them.
 class CORVO_COMMONS_API IPluginModule {
  public:
   /// Runs the module once on `input` (zero-terminated text). `output` is a buffer whose size the module is not told.

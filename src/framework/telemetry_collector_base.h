@@ -27,7 +27,8 @@ class CORVO_COMMONS_API TelemetryCollectorBase : public TelemetryCollectorBaseCl
   ///   reference (hosts of the older interface have none) or gives no memory.
   /// @throws whatever the collector or the allocator throws; `nlohmann::json::exception` when a text of the record is
   ///   not valid UTF-8.
-  void Execute(const char* input, char*& output, const corvo::shared::plugin::PluginBufferAllocator& allocator) override;
+  void Execute(const char* input, char*& output,
+               const corvo::shared::plugin::PluginBufferAllocator& allocator) override;
 
  protected:
   /// Last word on the result of `ReadSource`; returns it unchanged unless overridden.

@@ -57,7 +57,9 @@ class GetDatabaseNameTest : public testing::Test {
   GetDatabaseNameTest() { shared::SetDataDirectory(directory.Path().string()); }
   ~GetDatabaseNameTest() override { shared::SetDataDirectory(""); }
 
-  void CreateDatabase(const std::string& file) const { Database(directory / file).Run("CREATE TABLE IF NOT EXISTS t(c)"); }
+  void CreateDatabase(const std::string& file) const {
+    Database(directory / file).Run("CREATE TABLE IF NOT EXISTS t(c)");
+  }
 
   TempDir directory;
 };

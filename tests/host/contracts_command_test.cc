@@ -46,9 +46,9 @@ TEST(ContractsCommand, ShowsOneLineForEachContract) {
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_THAT(run.out, testing::HasSubstr("34 tables in 6 databases"));
   for (const Message* message : contracts::ContractCatalogue()) {
-    EXPECT_THAT(run.out, ContainsPattern(contracts::GetPersistance(*message).database() + " +" +
-                                                message->GetDescriptor()->name() + " +" +
-                                                contracts::GetTableName(message) + " "));
+    EXPECT_THAT(run.out,
+                ContainsPattern(contracts::GetPersistance(*message).database() + " +" +
+                                message->GetDescriptor()->name() + " +" + contracts::GetTableName(message) + " "));
   }
 }
 

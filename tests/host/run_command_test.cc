@@ -92,8 +92,7 @@ TEST_F(RunCommand, TellsPeopleWhatChangedAndEndsWithTheOutcome) {
   EXPECT_EQ(run.err, "");
   EXPECT_THAT(run.out, HasSubstr("HealthLog"));
   EXPECT_THAT(run.out, HasSubstr("  BatteryStatus"));
-  EXPECT_THAT(run.out,
-              ContainsPattern("Total .*\n\nCleaned 5 databases: [0-9,]+ rows deleted, .* freed in .* s\n$"));
+  EXPECT_THAT(run.out, ContainsPattern("Total .*\n\nCleaned 5 databases: [0-9,]+ rows deleted, .* freed in .* s\n$"));
 }
 
 TEST_F(RunCommand, RunsSeveralPassesOfWhichTheFirstDoesTheWork) {
