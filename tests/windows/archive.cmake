@@ -1,6 +1,8 @@
 # Packs the archive, unpacks it elsewhere and runs a pass from an empty folder, with a path that leads nowhere else:
 # it must hold every library that its programs need, and no other.
 
+cmake_minimum_required(VERSION 3.25)
+
 function(run)
   execute_process(COMMAND ${ARGN} WORKING_DIRECTORY "${work}/empty" RESULT_VARIABLE result OUTPUT_VARIABLE output
                   ERROR_VARIABLE output)

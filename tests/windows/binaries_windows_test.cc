@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "support/patterns.h"
 #include "windows/pe_file_windows.h"
 
 namespace corvo::test {
@@ -21,7 +22,7 @@ class Library : public testing::TestWithParam<const char*> {};
 
 TEST_P(Library, KeepsItsThirdPartyCodeToItself) {
   for (const ExportedName& exported : PeFile(GetParam()).Exports()) {
-    EXPECT_THAT(exported.name, testing::Not(testing::ContainsRegex("nlohmann|sqlite3|3fmt"))) << exported.name;
+    EXPECT_THAT(exported.name, testing::Not(ContainsPattern("nlohmann|sqlite3|3fmt"))) << exported.name;
   }
 }
 

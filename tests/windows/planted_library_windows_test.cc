@@ -21,7 +21,7 @@ void PlantLibraries(const fs::path& folder) {
 }
 
 int RunHostIn(const fs::path& current_directory, const std::vector<std::string>& arguments) {
-  std::vector<std::string> command = {fs::path(CORVO_HOST).make_preferred().string()};
+  std::vector<std::string> command = {fs::absolute(CORVO_HOST).make_preferred().string()};
   command.insert(command.end(), arguments.begin(), arguments.end());
   SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
   const Handle nothing(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
