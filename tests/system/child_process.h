@@ -1,8 +1,8 @@
 #pragma once
 
-#include <sys/types.h>
-
+#include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,17 +32,18 @@ class ChildProcess {
   /// Ends the child at once: it can neither catch nor delay this.
   void Kill();
 
-  /// Waits for the end: the exit code, or the negative number of the signal that ended the child.
+  /// Waits for the end: the exit code, negative when the child was killed.
   int Wait();
 
-  [[nodiscard]] pid_t Id() const { return id_; }
+  /// Number of files, pipes and other things of the system that the child has open.
+  [[nodiscard]] std::int64_t OpenFiles() const;
+
+  /// Memory of the child that is in RAM now, in bytes.
+  [[nodiscard]] std::int64_t ResidentBytes() const;
 
  private:
-  pid_t id_ = -1;
-  int input_ = -1;
-  int output_ = -1;
-  std::string unread_;
-  std::optional<int> result_;
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace corvo::test

@@ -6,6 +6,8 @@
 
 #include <array>
 #include <cerrno>
+#include <filesystem>
+#include <fstream>
 #include <system_error>
 
 #include "system/child_process.h"
@@ -56,8 +58,19 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 
 }  // namespace
 
+struct ChildProcess::State {
+  [[nodiscard]] std::filesystem::path Folder() const { return std::filesystem::path("/proc") / std::to_string(id); }
+
+  pid_t id = -1;
+  int input = -1;
+  int output = -1;
+  std::string unread;
+  std::optional<int> result;
+};
+
 ChildProcess::ChildProcess(const std::vector<std::string>& command,
-                           const std::map<std::string, std::string>& environment) {
+                           const std::map<std::string, std::string>& environment)
+    : state_(std::make_unique<State>()) {
   // A write to a child that died is an answer, not the end of the test.
   signal(SIGPIPE, SIG_IGN);
   const auto [child_input, input] = MakePipe();
@@ -68,13 +81,13 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
   Check(posix_spawn_file_actions_adddup2(&actions, child_output, STDOUT_FILENO), "adddup2");
   std::vector<std::string> arguments = command;
   std::vector<std::string> variables = Environment(environment);
-  const int code = posix_spawn(&id_, command.front().c_str(), &actions, nullptr, Pointers(arguments).data(),
+  const int code = posix_spawn(&state_->id, command.front().c_str(), &actions, nullptr, Pointers(arguments).data(),
                                Pointers(variables).data());
   posix_spawn_file_actions_destroy(&actions);
   close(child_input);
   close(child_output);
-  input_ = input;
-  output_ = output;
+  state_->input = input;
+  state_->output = output;
   Check(code, command.front().c_str());
 }
 
@@ -82,57 +95,69 @@ ChildProcess::~ChildProcess() {
   EndInput();
   Kill();
   Wait();
-  close(output_);
+  close(state_->output);
 }
 
 void ChildProcess::Send(const std::string& line) {
   const std::string text = line + "\n";
-  if (write(input_, text.data(), text.size()) < 0 && errno != EPIPE) {
+  if (write(state_->input, text.data(), text.size()) < 0 && errno != EPIPE) {
     Check(errno, "write");
   }
 }
 
 void ChildProcess::EndInput() {
-  if (input_ >= 0) {
-    close(input_);
-    input_ = -1;
+  if (state_->input >= 0) {
+    close(state_->input);
+    state_->input = -1;
   }
 }
 
 std::optional<std::string> ChildProcess::ReadLine() {
   std::array<char, 4096> buffer{};
-  while (unread_.find('\n') == std::string::npos) {
-    const ssize_t size = read(output_, buffer.data(), buffer.size());
+  while (state_->unread.find('\n') == std::string::npos) {
+    const ssize_t size = read(state_->output, buffer.data(), buffer.size());
     if (size < 0 && errno == EINTR) {
       continue;
     }
     if (size <= 0) {
       return std::nullopt;
     }
-    unread_.append(buffer.data(), static_cast<std::size_t>(size));
+    state_->unread.append(buffer.data(), static_cast<std::size_t>(size));
   }
-  const std::size_t end = unread_.find('\n');
-  const std::string line = unread_.substr(0, end);
-  unread_.erase(0, end + 1);
+  const std::size_t end = state_->unread.find('\n');
+  const std::string line = state_->unread.substr(0, end);
+  state_->unread.erase(0, end + 1);
   return line;
 }
 
 void ChildProcess::Kill() {
-  if (!result_) {
-    kill(id_, SIGKILL);
+  if (!state_->result) {
+    kill(state_->id, SIGKILL);
   }
 }
 
 int ChildProcess::Wait() {
-  while (!result_) {
+  while (!state_->result) {
     int status = 0;
-    if (waitpid(id_, &status, 0) == id_) {
-      result_ = WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+    if (waitpid(state_->id, &status, 0) == state_->id) {
+      state_->result = WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
     } else {
       Check(errno == EINTR ? 0 : errno, "waitpid");
     }
   }
-  return *result_;
+  return *state_->result;
+}
+
+std::int64_t ChildProcess::OpenFiles() const {
+  return std::distance(std::filesystem::directory_iterator(state_->Folder() / "fd"),
+                       std::filesystem::directory_iterator());
+}
+
+std::int64_t ChildProcess::ResidentBytes() const {
+  std::int64_t total_pages = 0;
+  std::int64_t resident_pages = 0;
+  std::ifstream(state_->Folder() / "statm") >> total_pages >> resident_pages;
+  return resident_pages * sysconf(_SC_PAGESIZE);
 }
 
 }  // namespace corvo::test

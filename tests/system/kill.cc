@@ -1,3 +1,5 @@
+#include "system/kill.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <random>
@@ -6,7 +8,6 @@
 #include <thread>
 
 #include "system/comparison.h"
-#include "system/kill.h"
 #include "system/pass.h"
 
 namespace corvo::test {

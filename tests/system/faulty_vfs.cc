@@ -1,11 +1,12 @@
+#include "system/faulty_vfs.h"
+
 #include <sqlite3.h>
 
-#include <csignal>
 #include <map>
 #include <sstream>
 #include <stdexcept>
 
-#include "system/faulty_vfs.h"
+#include "system/process_control.h"
 
 namespace corvo::test {
 namespace {
@@ -21,7 +22,7 @@ bool Fires(const char* operation) {
   ++calls;
   const bool fires = calls == fault.first || (fault.lasting && calls > fault.first);
   if (fires && fault.code == kKill) {
-    std::raise(SIGKILL);
+    KillThisProcess();
   }
   fired += fires ? 1 : 0;
   return fires;

@@ -1,9 +1,6 @@
 // A collector that writes as fast as it can while passes run beside it: one fresh and one expired row a table and
 // round, until its input ends. Says "inserting" after the first round and the number of rounds at the end.
 
-#include <poll.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -13,14 +10,10 @@
 #include "support/database.h"
 #include "support/fixture_data.h"
 #include "system/crowd.h"
+#include "system/process_control.h"
 
 namespace corvo::test {
 namespace {
-
-bool InputEnds() {
-  pollfd input{STDIN_FILENO, POLLIN, 0};
-  return poll(&input, 1, 0) > 0;
-}
 
 void Collect(const std::filesystem::path& directory, std::int64_t first_row) {
   std::vector<std::unique_ptr<Database>> databases;
@@ -28,7 +21,7 @@ void Collect(const std::filesystem::path& directory, std::int64_t first_row) {
     databases.push_back(std::make_unique<Database>(directory / (std::string(table.database) + ".db")));
   }
   int round = 0;
-  while (!InputEnds() && round < kMaxRounds) {
+  while (!InputIsReady() && round < kMaxRounds) {
     for (std::size_t index = 0; index < databases.size(); ++index) {
       databases[index]->Run(InsertRows(kCrowdedTables[index].table, first_row + round, 1, 0));
       databases[index]->Run(InsertRows(kCrowdedTables[index].table, first_row + round, 1, 400));

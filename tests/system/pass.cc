@@ -1,6 +1,6 @@
-#include <stdexcept>
-
 #include "system/pass.h"
+
+#include <stdexcept>
 
 namespace corvo::test {
 namespace {

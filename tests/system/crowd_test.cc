@@ -1,3 +1,5 @@
+#include "system/crowd.h"
+
 #include <gtest/gtest.h>
 
 #include <iostream>
@@ -8,7 +10,6 @@
 #include "support/temp_dir.h"
 #include "system/child_process.h"
 #include "system/comparison.h"
-#include "system/crowd.h"
 #include "system/pass.h"
 
 namespace corvo::test {
