@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <fstream>
+#include <ostream>
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/engine_test.h"
@@ -68,6 +69,8 @@ TEST_F(DeleteExpiredRows, ComparesMomentsNotTexts) {
 struct TimeCase {
   const char* name;
   const char* time;  ///< as an SQL literal
+
+  friend void PrintTo(const TimeCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class TimeTest : public EngineTest, public testing::WithParamInterface<TimeCase> {
@@ -120,6 +123,8 @@ struct ClockCase {
   const char* name;
   std::int64_t now;
   std::uint32_t retention_days;
+
+  friend void PrintTo(const ClockCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class CutoffBefore1970 : public DeleteExpiredRows, public testing::WithParamInterface<ClockCase> {};

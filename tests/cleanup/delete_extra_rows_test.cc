@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "cleanup/data_cleanup.h"
 #include "cleanup/engine_test.h"
 #include "support/log_capture.h"
@@ -18,6 +20,8 @@ struct LimitCase {
   const char* name;
   std::uint32_t limit;
   std::int64_t rows, left;
+
+  friend void PrintTo(const LimitCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class RowLimit : public DeleteExtraRows, public testing::WithParamInterface<LimitCase> {};

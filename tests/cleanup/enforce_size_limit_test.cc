@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <ostream>
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/engine_test.h"
@@ -94,6 +95,8 @@ struct FileCase {
   const char* name;
   std::uintmax_t bytes;
   std::int64_t rows, left;
+
+  friend void PrintTo(const FileCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 /// Tables that measure 0 under a limit of 100 MB: the size of the file counts.

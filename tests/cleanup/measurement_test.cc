@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 
 namespace corvo::telemetry::cleanup {
 namespace {
@@ -10,6 +11,8 @@ namespace {
 struct MeasurementCase {
   const char* name;
   std::int32_t page_size, page_number, expected;
+
+  friend void PrintTo(const MeasurementCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class MegabytesTest : public testing::TestWithParam<MeasurementCase> {};

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "cleanup/scripted_test.h"
 
 namespace corvo::test {
@@ -12,6 +14,8 @@ struct SizeCase {
   const char* name;
   Rows rows;
   std::int32_t expected;
+
+  friend void PrintTo(const SizeCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class ScriptedSize : public ScriptedTest, public testing::WithParamInterface<SizeCase> {};

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <ostream>
 
 #include "cleanup/database_location.h"
 #include "cleanup/scripted_test.h"
@@ -18,6 +19,8 @@ struct PathCase {
   const char* name;
   const char* given;
   const char* expected;
+
+  friend void PrintTo(const PathCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class ScriptedPath : public ScriptedTest, public testing::WithParamInterface<PathCase> {};

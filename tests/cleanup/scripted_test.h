@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <ostream>
 #include <string>
 
 #include "cleanup/data_cleanup.h"
@@ -38,6 +39,8 @@ telemetry::common::Error Record(telemetry::common::ErrorCategory category, std::
 struct Operation {
   const char* name;
   std::function<telemetry::common::Error(const DataCleanup&, const google::protobuf::Message*)> run;
+
+  friend void PrintTo(const Operation& value, std::ostream* stream) { *stream << value.name; }
 };
 std::vector<Operation> Operations();
 
@@ -45,6 +48,8 @@ std::vector<Operation> Operations();
 struct Thrown {
   const char* name;
   std::function<void()> raise;
+
+  friend void PrintTo(const Thrown& value, std::ostream* stream) { *stream << value.name; }
 };
 std::vector<Thrown> ThrownThings();
 

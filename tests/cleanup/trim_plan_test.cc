@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <ostream>
 
 namespace corvo::telemetry::cleanup {
 namespace {
@@ -13,6 +14,8 @@ constexpr double kMargin = 10.0;
 struct RowLimitCase {
   const char* name;
   std::uint32_t count, limit, expected;
+
+  friend void PrintTo(const RowLimitCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class RowsOverLimitTest : public testing::TestWithParam<RowLimitCase> {};
@@ -48,6 +51,8 @@ struct FactorCase {
   const char* name;
   std::uint32_t total, limit;
   double expected;
+
+  friend void PrintTo(const FactorCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class TrimFactorTest : public testing::TestWithParam<FactorCase> {};
@@ -71,6 +76,8 @@ struct ShareCase {
   std::uint32_t count;
   double factor;
   std::uint32_t expected;
+
+  friend void PrintTo(const ShareCase& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class RowsToTrimTest : public testing::TestWithParam<ShareCase> {};

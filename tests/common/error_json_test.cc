@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -74,6 +75,8 @@ TEST(ErrorToJson, SaysHowMuchRoomItNeedsAndFillsExactlyThat) {
 struct CategoryText {
   std::int32_t value;
   const char* text;
+
+  friend void PrintTo(const CategoryText& value, std::ostream* stream) { *stream << value.value; }
 };
 
 class ErrorToJsonCategory : public testing::TestWithParam<CategoryText> {};
@@ -135,7 +138,11 @@ TEST_P(InvalidUtf8, IsAnErrorOfTheJsonLibraryAndLogsAsNull) {
   EXPECT_EQ(ErrorText(error), "(null)");
 }
 
-INSTANTIATE_TEST_SUITE_P(, InvalidUtf8, testing::Values(&Error::what, &Error::type, &Error::origin));
+std::string NameOfText(const testing::TestParamInfo<std::string Error::*>& text) {
+  return std::vector<std::string>{"What", "Type", "Origin"}[text.index];
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, InvalidUtf8, testing::Values(&Error::what, &Error::type, &Error::origin), NameOfText);
 
 TEST(ErrorText, IsTheJsonText) {
   const Error error(std::runtime_error("broken"));

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <type_traits>
 
 #include "common/error.h"
@@ -111,6 +112,10 @@ struct Outcome {
   std::int32_t category;
   std::int64_t code;
   bool failed;
+
+  friend void PrintTo(const Outcome& value, std::ostream* stream) {
+    *stream << "category " << value.category << ", code " << value.code;
+  }
 };
 
 class ErrorRecordFailed : public testing::TestWithParam<Outcome> {};

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "common/error.h"
 #include "support/allocation_failure.h"
@@ -31,12 +33,17 @@ TEST_P(OutOfMemory, MakeErrorFromExceptionNeverThrows) {
   EXPECT_GT(index, 1) << "no allocation failed";
 }
 
-INSTANTIATE_TEST_SUITE_P(, OutOfMemory,
+std::string NameOfThing(const testing::TestParamInfo<std::exception_ptr>& thing) {
+  return std::vector<std::string>{"Exception", "SystemError", "String", "CString", "Other", "None"}[thing.index];
+}
+
+INSTANTIATE_TEST_SUITE_P(Things, OutOfMemory,
                          testing::Values(std::make_exception_ptr(std::runtime_error(long_text)),
                                          std::make_exception_ptr(std::system_error(5, std::system_category(),
                                                                                    long_text)),
                                          std::make_exception_ptr(long_text), std::make_exception_ptr(long_text.c_str()),
-                                         std::make_exception_ptr(1.5), nullptr));
+                                         std::make_exception_ptr(1.5), nullptr),
+                         NameOfThing);
 
 }  // namespace
 }  // namespace corvo::test

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <ostream>
+
 namespace corvo::telemetry::host {
 namespace {
 
@@ -12,6 +14,8 @@ Json StorageResult(int code) { return {{"category", "EC_Custom"}, {"code", code}
 struct Case {
   int code;
   const char* advice;
+
+  friend void PrintTo(const Case& value, std::ostream* stream) { *stream << "code " << value.code; }
 };
 
 class AdviceOnStorage : public testing::TestWithParam<Case> {};

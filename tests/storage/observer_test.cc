@@ -2,6 +2,7 @@
 #include <sqlite3.h>
 
 #include <memory>
+#include <ostream>
 #include <utility>
 
 #include "storage/statement_observer.h"
@@ -98,6 +99,8 @@ TEST_F(Observer, IsHandedBackWhenAnotherOneTakesItsPlace) {
 struct Change {
   const char* sql;
   std::int64_t rows;
+
+  friend void PrintTo(const Change& value, std::ostream* stream) { *stream << value.sql; }
 };
 
 class RowsChanged : public StorageTest, public testing::WithParamInterface<Change> {};

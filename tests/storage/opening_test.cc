@@ -2,6 +2,7 @@
 #include <sqlite3.h>
 
 #include <fstream>
+#include <ostream>
 
 #include "storage/storage_fixture.h"
 
@@ -114,6 +115,8 @@ TEST_F(Opening, ClosesTheDatabaseWithTheStorage) {
 struct PlainName {
   const char* what;
   const char8_t* text;
+
+  friend void PrintTo(const PlainName& value, std::ostream* stream) { *stream << value.what; }
 };
 
 class PlainNames : public StorageTest, public testing::WithParamInterface<PlainName> {};

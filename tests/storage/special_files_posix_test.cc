@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <ostream>
 
 #include "storage/storage_fixture.h"
 
@@ -31,6 +32,8 @@ void MakeSocket(const std::string& path) {
 struct Kind {
   const char* name;
   void (*make)(const std::string& path);
+
+  friend void PrintTo(const Kind& value, std::ostream* stream) { *stream << value.name; }
 };
 
 class SpecialFiles : public StorageTest, public testing::WithParamInterface<Kind> {};

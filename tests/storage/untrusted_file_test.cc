@@ -1,6 +1,8 @@
 // A database file is untrusted input.
 #include <sqlite3.h>
 
+#include <ostream>
+
 #include "storage/storage_fixture.h"
 
 namespace corvo::test {
@@ -116,6 +118,8 @@ TEST_F(UntrustedFile, AnswersPageStatisticsFromTheEngine) {
 struct Option {
   const char* pragma;
   const char* value;
+
+  friend void PrintTo(const Option& value, std::ostream* stream) { *stream << value.pragma; }
 };
 
 class ConnectionOptions : public StorageTest, public testing::WithParamInterface<Option> {};
@@ -138,6 +142,8 @@ struct Excess {
   const char* what;
   std::string sql;
   int code;
+
+  friend void PrintTo(const Excess& value, std::ostream* stream) { *stream << value.what; }
 };
 
 std::string Repeated(const std::string& text, int times) {
