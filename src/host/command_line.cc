@@ -81,6 +81,8 @@ void Build(CLI::App& app, Options& options) {
   app.set_version_flag("--version", CORVO_VERSION);
   app.footer(kExitCodes);
   app.require_subcommand(1);
+  // The same command lines on every platform.
+  app.allow_windows_style_options(false);
   AddGenerate(app, options.generate);
   AddRun(app, options.run);
   AddContracts(app, options.contracts_json);

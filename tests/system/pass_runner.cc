@@ -38,6 +38,8 @@ struct Options {
 Options ParseOptions(int argc, char** argv) {
   Options options;
   CLI::App app("Runs cleanup passes for tests");
+  // On Windows, too, a path may begin with a slash.
+  app.allow_windows_style_options(false);
   app.add_option("module", options.module)->required();
   app.add_option("--busy-timeout", options.busy_timeout_ms);
   app.add_option("--file-size-limit", options.restrictions.file_size);
