@@ -36,6 +36,18 @@ TEST(EntryExists, InAFolderWithANameOfManyScripts) {
   EXPECT_FALSE(DatabaseFileExists((folder / "Other.db").string().c_str()));
 }
 
+TEST(EntryExists, AtARelativePathIsLookedForInTheCurrentDirectory) {
+  const TempDir directory;
+  std::filesystem::create_directory(directory.Path() / "sub");
+  std::ofstream(directory.Path() / "sub" / "x.db").flush();
+  const std::filesystem::path former = std::filesystem::current_path();
+  std::filesystem::current_path(directory.Path());
+  EXPECT_TRUE(DatabaseFileExists("sub\\x.db"));
+  EXPECT_TRUE(DatabaseFileExists("./sub/x.db"));
+  EXPECT_FALSE(DatabaseFileExists("sub\\y.db"));
+  std::filesystem::current_path(former);
+}
+
 TEST(EntryExists, BareNameIsLookedUpUnderTheFixedDataDirectory) {
   const std::filesystem::path data = "c:\\ProgramData\\Corvo\\Telemetry\\Data";
   const std::filesystem::path file = data / "ExistenceTest.db";
