@@ -18,7 +18,7 @@ install(TARGETS corvo-telemetry-data-cleanup LIBRARY DESTINATION "${CORVO_LIBRAR
 function(corvo_install_headers folder)
   install(FILES ${ARGN} DESTINATION "${CORVO_INCLUDE_DIR}/${folder}")
 endfunction()
-corvo_install_headers(common src/common/error.h src/common/log.h src/common/timestamp.h
+corvo_install_headers(common src/common/error.h src/common/log.h src/common/text.h src/common/timestamp.h
                       "${PROJECT_BINARY_DIR}/include/common/commons_export.h")
 corvo_install_headers(framework src/framework/plugin_module.h src/framework/telemetry_collector_base.h)
 corvo_install_headers(

@@ -6,13 +6,14 @@
 
 #include <stdexcept>
 
+#include "common/text.h"
 #include "host/json_text.h"
 
 namespace corvo::telemetry::host {
 
 DatabaseWriter::DatabaseWriter(const std::filesystem::path& file) : file_(file) {
   try {
-    Check(sqlite3_open_v2(Utf8(file).c_str(), &database_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr),
+    Check(sqlite3_open_v2(common::Utf8(file).c_str(), &database_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr),
           "creating");
     // A file that is lost with the power is simply generated again.
     Run("PRAGMA journal_mode=MEMORY");
@@ -67,7 +68,8 @@ void DatabaseWriter::Run(const std::string& sql) {
 
 void DatabaseWriter::Check(int code, const std::string& doing) {
   if (code != SQLITE_OK) {
-    throw std::runtime_error(fmt::format("cannot write {}: {}: {}", Utf8(file_), doing, sqlite3_errmsg(database_)));
+    throw std::runtime_error(
+        fmt::format("cannot write {}: {}: {}", common::Utf8(file_), doing, sqlite3_errmsg(database_)));
   }
 }
 

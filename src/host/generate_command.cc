@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "common/text.h"
 #include "host/catalogue_view.h"
 #include "host/database_writer.h"
 #include "host/generation_plan.h"
@@ -24,7 +25,7 @@ void MakeDirectory(const fs::path& directory) {
   std::error_code error;
   fs::create_directories(directory, error);
   if (!fs::is_directory(directory)) {
-    throw CommandFailure(kUsage, fmt::format("cannot make the directory {}: {}", Utf8(directory),
+    throw CommandFailure(kUsage, fmt::format("cannot make the directory {}: {}", common::Utf8(directory),
                                              error ? error.message() : "something else has its name"));
   }
 }
@@ -34,7 +35,7 @@ void RefuseDatabases(const fs::path& directory) {
     if (entry.path().extension() == ".db") {
       throw CommandFailure(kUsage,
                            fmt::format("{} already holds databases ({}); --force replaces those of the catalogue",
-                                       Utf8(directory), Utf8(entry.path().filename())));
+                                       common::Utf8(directory), common::Utf8(entry.path().filename())));
     }
   }
 }
@@ -107,7 +108,7 @@ ExitCode GenerateCommand(const GenerateOptions& options) {
   }
   PrintSummary(plan, lines, options);
   fmt::print("\nGenerated {} in {}: {}, {} (seed {}, up to {})\n",
-             Counted(static_cast<std::int64_t>(plan.databases.size()), "database"), Utf8(directory),
+             Counted(static_cast<std::int64_t>(plan.databases.size()), "database"), common::Utf8(directory),
              Counted(total_rows, "row"), HumanBytes(total_bytes), options.seed, TimeText(now));
   return kDone;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -12,8 +11,5 @@ using Json = nlohmann::ordered_json;
 /// The document's text for people and programs: indented, UTF-8; bytes that are not UTF-8 become U+FFFD, so that a
 /// strange file name cannot spoil the document.
 [[nodiscard]] std::string JsonText(const Json& document);
-
-/// The path as UTF-8 text, whatever the platform's narrow encoding is.
-[[nodiscard]] std::string Utf8(const std::filesystem::path& path);
 
 }  // namespace corvo::telemetry::host

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "common/text.h"
 #include "host/json_text.h"
 #include "host/units.h"
 
@@ -29,7 +30,7 @@ void PassWatcher::OnStart(const shared::StatementRecord& statement) noexcept {
     return;
   }
   try {
-    const std::string file = Utf8(std::filesystem::path(statement.database_path).stem());
+    const std::string file = common::Utf8(std::filesystem::path(statement.database_path).stem());
     const std::string line =
         fmt::format("{}: {} deleted, now {}", file, Counted(rows_deleted_, "row"), statement.sql).substr(0, kLineWidth);
     fmt::print(stderr, "\r{:<{}}", line, kLineWidth);

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "common/text.h"
 #include "host/locale_check.h"
 #include "host/logging.h"
 #include "host/module_loader.h"
@@ -25,7 +26,7 @@ void RequireDirectory(const fs::path& directory) {
     throw CommandFailure(kNoDataDirectory,
                          fmt::format("the data directory {} {}; name the directory that holds the .db "
                                      "files with --data-dir",
-                                     Utf8(directory), reason));
+                                     common::Utf8(directory), reason));
   }
 }
 
@@ -40,7 +41,7 @@ void TellProblems(const std::vector<DatabaseCount>& databases) {
   for (const DatabaseCount& database : databases) {
     for (const TableCount& table : database.tables) {
       if (!table.problem.empty()) {
-        fmt::print(stderr, "corvo-telemetry-host: cannot count the rows of {}: {}\n", Utf8(database.path),
+        fmt::print(stderr, "corvo-telemetry-host: cannot count the rows of {}: {}\n", common::Utf8(database.path),
                    table.problem);
         break;
       }

@@ -1,5 +1,7 @@
 #include "host/run_json.h"
 
+#include "common/text.h"
+
 namespace corvo::telemetry::host {
 namespace {
 
@@ -36,7 +38,7 @@ std::string RunDocument(const RunReport& report) {
   Json databases = Json::array();
   for (const DatabaseChange& change : Changes(report)) {
     databases.push_back({{"name", change.before->name},
-                         {"path", Utf8(change.before->path)},
+                         {"path", common::Utf8(change.before->path)},
                          {"bytes_before", change.before->bytes},
                          {"bytes_after", change.after == nullptr ? 0 : change.after->bytes},
                          {"tables", TablesJson(change)}});

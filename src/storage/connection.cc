@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "common/text.h"
 #include "storage/connection_options.h"
 #include "storage/database_file.h"
 #include "storage/file_checks.h"
@@ -92,7 +93,7 @@ Error Connection::Open() {
     return error;
   }
   constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW;
-  if (sqlite3_open_v2(SqliteName(file).c_str(), &handle_, kFlags, nullptr) != SQLITE_OK) {
+  if (sqlite3_open_v2(telemetry::common::Utf8(file).c_str(), &handle_, kFlags, nullptr) != SQLITE_OK) {
     return SqliteError(handle_);
   }
   sqlite3_busy_timeout(handle_, Milliseconds(GetBusyTimeout()));

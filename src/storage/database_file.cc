@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "common/text.h"
 #include "storage/sqlite_error.h"
 
 namespace corvo::shared {
@@ -14,7 +15,7 @@ using std::filesystem::file_type;
 using telemetry::common::Error;
 
 Error Refusal(int code, const std::filesystem::path& path, const std::string& reason) {
-  return SqliteError(code, SqliteName(path) + ": " + reason);
+  return SqliteError(code, telemetry::common::Utf8(path) + ": " + reason);
 }
 
 // The side files of a database that SQLite opens on its own.
@@ -32,11 +33,6 @@ Error CheckJournals(const std::filesystem::path& file) {
 }
 
 }  // namespace
-
-std::string SqliteName(const std::filesystem::path& path) {
-  const std::u8string name = path.u8string();
-  return {name.begin(), name.end()};
-}
 
 Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path& resolved) {
   std::error_code failure;

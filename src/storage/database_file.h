@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
 #include "common/error.h"
 
@@ -14,8 +13,5 @@ namespace corvo::shared {
 ///
 /// @param resolved the path without symbolic links; unchanged on failure.
 telemetry::common::Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path& resolved);
-
-/// The path as SQLite takes it, in UTF-8.
-[[nodiscard]] std::string SqliteName(const std::filesystem::path& path);
 
 }  // namespace corvo::shared

@@ -2,25 +2,19 @@
 
 #include <sqlite3.h>
 
-#include <nlohmann/json.hpp>
+#include "common/text.h"
 
 namespace corvo::shared {
 namespace {
 
 using telemetry::common::Error;
 
-// SQLite quotes names from the file as they are. A record must be writable as JSON whatever the file holds, so every
-// invalid byte becomes U+FFFD.
-std::string ValidUtf8(const std::string& text) {
-  using nlohmann::json;
-  return json::parse(json(text).dump(-1, ' ', false, json::error_handler_t::replace)).get<std::string>();
-}
-
 Error Record(int code, const std::string& what) {
   Error error;
   error.category = telemetry::common::EC_Custom;
   error.code = code;
-  error.what = ValidUtf8(what);
+  // SQLite quotes names from the file as they are; a record must be writable as JSON whatever the file holds.
+  error.what = telemetry::common::ValidUtf8(what);
   error.type = "sqlite3";
   return error;
 }
