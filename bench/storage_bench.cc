@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 #include "storage/telemetry_storage.h"
 
 namespace {
@@ -51,7 +51,9 @@ Task DeleteHalf(const std::string& mode) {
 
 Task Compact(bool guard) {
   return [guard](const fs::path& file) {
-    corvo::shared::SetCompactionGuard(guard);
+    corvo::shared::StorageOptions options;
+    options.check_soundness = guard;
+    corvo::shared::SetStorageOptions(options);
     corvo::shared::TelemetryStorage storage(file.string().c_str(), "");
     const auto error = storage.Execute(new corvo::shared::SqlCommand("VACUUM;"), false);
     if (error.Failed()) {

@@ -23,12 +23,12 @@ corvo_install_headers(common src/common/error.h src/common/log.h src/common/text
 corvo_install_headers(framework src/framework/plugin_module.h src/framework/telemetry_collector_base.h)
 corvo_install_headers(
   storage
-  src/storage/column.h
-  src/storage/command.h
-  src/storage/dynamic_array.h
+  src/storage/database_name.h
+  src/storage/result_code.h
+  src/storage/results.h
   src/storage/sql_command.h
   src/storage/statement_observer.h
-  src/storage/storage_settings.h
+  src/storage/storage_options.h
   src/storage/telemetry_storage.h
   "${PROJECT_BINARY_DIR}/include/storage/storage_export.h")
 install(DIRECTORY proto/corvo "${PROJECT_BINARY_DIR}/proto/generated/corvo" DESTINATION "${CORVO_INCLUDE_DIR}"

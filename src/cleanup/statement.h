@@ -9,7 +9,7 @@
 
 namespace corvo::telemetry::cleanup {
 
-using Rows = shared::DynamicArray<shared::DynamicArray<shared::Column>>;
+using shared::Rows;
 
 /// Runs one statement. A failure is thrown as an `Error`, so that one handler serves every failure of an operation.
 void RunStatement(shared::TelemetryStorage& storage, const std::string& sql);

@@ -12,7 +12,7 @@
 #include "host/platform.h"
 #include "host/run_json.h"
 #include "host/run_text.h"
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 
 namespace corvo::telemetry::host {
 namespace {

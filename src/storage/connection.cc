@@ -5,164 +5,209 @@
 #include <algorithm>
 #include <filesystem>
 #include <limits>
+#include <memory>
 
 #include "common/text.h"
-#include "storage/connection_options.h"
-#include "storage/database_file.h"
-#include "storage/file_checks.h"
-#include "storage/result_rows.h"
-#include "storage/sql_text.h"
-#include "storage/sqlite_error.h"
-#include "storage/statement.h"
+#include "storage/deadline.h"
+#include "storage/failure.h"
+#include "storage/file_access.h"
+#include "storage/schema_check.h"
+#include "storage/soundness.h"
 #include "storage/statement_observer.h"
-#include "storage/storage_settings.h"
 
 namespace corvo::shared {
 namespace {
 
+using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using telemetry::common::Error;
 
-// Virtual machine steps between two looks at the clock, well below a millisecond.
-constexpr int kStepsBetweenLooks = 10'000;
+// Enough to read what can be read of a damaged file; its trees of pages may lead back to themselves.
+constexpr milliseconds kDamagedReadLimit{10'000};
 
-Error Prepare(sqlite3* handle, const char* sql, Statement& statement) {
-  sqlite3_stmt* prepared = nullptr;
-  const char* rest = nullptr;
-  const int code = sqlite3_prepare_v2(handle, sql, -1, &prepared, &rest);
-  statement.reset(prepared);
-  if (code != SQLITE_OK) {
-    return SqliteError(handle);
+struct Setting {
+  int id;
+  int value;
+};
+
+constexpr Setting kSwitches[] = {
+    {SQLITE_DBCONFIG_DEFENSIVE, 1},
+    {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+    {SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0},
+    // A foreign key of the file would delete rows that no rule names. It is SQLite's default, which builds can change.
+    {SQLITE_DBCONFIG_ENABLE_FKEY, 0},
+};
+
+constexpr Setting kLimits[] = {
+    {SQLITE_LIMIT_LENGTH, 32 * 1024 * 1024},
+    {SQLITE_LIMIT_SQL_LENGTH, 1024 * 1024},
+    {SQLITE_LIMIT_EXPR_DEPTH, 500},
+    {SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 1000},
+    {SQLITE_LIMIT_ATTACHED, 1},
+    {SQLITE_LIMIT_WORKER_THREADS, 0},
+};
+
+// secure_delete: deleted content is overwritten where its page is written anyway, and whole free pages go with the next
+// compaction. Set because builds of SQLite differ in their default.
+constexpr const char* kPragmas = "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0; PRAGMA secure_delete=FAST;";
+
+// SQLite's own default, in KiB: the header of the file can ask for any size. In force once the schema has been read.
+constexpr const char* kCacheSize = "PRAGMA main.cache_size=-2000;";
+
+bool Set(sqlite3* handle, int id, int value) { return sqlite3_db_config(handle, id, value, nullptr) == SQLITE_OK; }
+
+// Makes a new connection safe for files of unknown origin, and alike on every platform. Neither reads the file nor
+// takes a lock.
+Error SetConnectionOptions(sqlite3* handle, bool triggers_and_views) {
+  const bool set = std::all_of(std::begin(kSwitches), std::end(kSwitches),
+                               [handle](const Setting& option) { return Set(handle, option.id, option.value); });
+  const int on = triggers_and_views ? 1 : 0;
+  if (!set || !Set(handle, SQLITE_DBCONFIG_ENABLE_TRIGGER, on) || !Set(handle, SQLITE_DBCONFIG_ENABLE_VIEW, on)) {
+    return Failure(ResultCode::kMisuse, "this build of SQLite lacks a protection");
   }
-  if (prepared == nullptr) {
-    return SqliteError(SQLITE_MISUSE, "no statement");
+  for (const Setting& limit : kLimits) {
+    sqlite3_limit(handle, limit.id, limit.value);
   }
-  return *SkipBlanks(rest) == '\0' ? Error() : SqliteError(SQLITE_MISUSE, "more than one statement");
+  return sqlite3_exec(handle, kPragmas, nullptr, nullptr, nullptr) == SQLITE_OK ? Error() : Failure(handle);
 }
 
-Error Bind(sqlite3_stmt* statement, const Parameters& parameters) {
-  int index = 0;
-  for (const std::optional<std::string>& text : parameters) {
-    ++index;
-    const int code = text
-                         ? sqlite3_bind_text64(statement, index, text->data(), text->size(), SQLITE_STATIC, SQLITE_UTF8)
-                         : sqlite3_bind_null(statement, index);
-    if (code != SQLITE_OK) {
-      return SqliteError(sqlite3_db_handle(statement));
-    }
-  }
-  return {};
-}
-
-Error Step(sqlite3_stmt* statement, Results& results) {
-  ResultRows rows;
-  int code = sqlite3_step(statement);
-  for (; code == SQLITE_ROW; code = sqlite3_step(statement)) {
-    if (Error error = rows.Add(statement); error.Failed()) {
-      return error;
-    }
-  }
-  if (code != SQLITE_DONE) {
-    return SqliteError(sqlite3_db_handle(statement));
-  }
-  results = rows.Take();
-  return {};
-}
-
-int Milliseconds(std::chrono::milliseconds time) {
+int Milliseconds(milliseconds time) {
   return static_cast<int>(std::clamp<std::int64_t>(time.count(), 0, std::numeric_limits<int>::max()));
 }
 
 }  // namespace
 
 Connection::Connection(const DatabasePath& database)
-    : path_(database.path),
-      open_error_(database.error),
-      compaction_guard_(GetCompactionGuard()),
-      time_limit_(GetStatementTimeLimit()) {
+    : path_(database.path), options_(GetStorageOptions()), open_error_(database.error) {
   if (!open_error_.Failed()) {
     open_error_ = Open();
   }
 }
 
-Connection::~Connection() { sqlite3_close(handle_); }
+Connection::~Connection() {
+  const FileGuard guard(files_);
+  if (handle_ != nullptr && options_.check_soundness) {
+    CloseKeepingVerdict(handle_, files_.database);
+  } else {
+    sqlite3_close(handle_);
+  }
+}
 
 Error Connection::Open() {
   std::filesystem::path file;
   if (Error error = CheckDatabaseFile(path_, file); error.Failed()) {
     return error;
   }
+  const FileGuard guard(files_);
   constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW;
-  if (sqlite3_open_v2(telemetry::common::Utf8(file).c_str(), &handle_, kFlags, nullptr) != SQLITE_OK) {
-    return SqliteError(handle_);
+  if (sqlite3_open_v2(telemetry::common::Utf8(file).c_str(), &handle_, kFlags, GuardedVfs()) != SQLITE_OK) {
+    return Failure(handle_);
   }
-  sqlite3_busy_timeout(handle_, Milliseconds(GetBusyTimeout()));
-  if (time_limit_.count() > 0) {
-    sqlite3_progress_handler(handle_, kStepsBetweenLooks, &Connection::IsOverdue, this);
-  }
-  return SetConnectionOptions(handle_);
+  sqlite3_busy_timeout(handle_, Milliseconds(options_.busy_timeout));
+  sqlite3_set_authorizer(handle_, &Connection::NoteChangedTable, this);
+  return SetConnectionOptions(handle_, options_.triggers_and_views);
 }
 
-int Connection::IsOverdue(void* connection) {
-  const auto* self = static_cast<const Connection*>(connection);
-  const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(steady_clock::now() - self->started_);
-  return elapsed >= self->time_limit_ ? 1 : 0;
+int Connection::NoteChangedTable(void* connection, int action, const char* table, const char* /*unused*/,
+                                 const char* database, const char* trigger) {
+  const bool changes = action == SQLITE_DELETE || action == SQLITE_UPDATE || action == SQLITE_INSERT;
+  if (!changes || trigger != nullptr || database == nullptr || std::string_view(database) != "main") {
+    return SQLITE_OK;
+  }
+  try {
+    static_cast<Connection*>(connection)->changed_tables_.insert(table);
+    return SQLITE_OK;
+  } catch (...) {
+    return SQLITE_DENY;  // No memory to note the table: the statement must not run unchecked.
+  }
 }
 
 std::int64_t Connection::TotalChanges() const { return handle_ != nullptr ? sqlite3_total_changes64(handle_) : 0; }
 
-Error Connection::Run(const char* sql, const Parameters& parameters, Results& results) noexcept {
+// The total counts what triggers did as well; the other count stays what it was when nothing is changed.
+std::int64_t Connection::RowsChanged(std::int64_t total_before) const {
+  return TotalChanges() != total_before ? sqlite3_changes64(handle_) : 0;
+}
+
+Error Connection::Run(const std::string& sql, const Parameters& parameters, Rows& results) noexcept {
   const std::shared_ptr<StatementObserver> observer = GetStatementObserver();
   if (observer == nullptr) {
     return RunUnseen(sql, parameters, results);
   }
   const auto start = steady_clock::now();
-  observer->OnStart({path_.c_str(), sql, start, start, 0, Error()});
-  // Of the connection, not of the statement: a query leaves an earlier statement's count where it is.
+  observer->OnStart({path_.c_str(), sql.c_str(), start, start, 0, Error()});
   const std::int64_t before = TotalChanges();
   Error result = RunUnseen(sql, parameters, results);
-  observer->OnEnd({path_.c_str(), sql, start, steady_clock::now(), TotalChanges() - before, result});
+  observer->OnEnd({path_.c_str(), sql.c_str(), start, steady_clock::now(), RowsChanged(before), result});
   return result;
 }
 
-Error Connection::RunUnseen(const char* sql, const Parameters& parameters, Results& results) noexcept {
-  results = Results();
+Error Connection::RunUnseen(const std::string& sql, const Parameters& parameters, Rows& results) noexcept {
+  results = Rows();
   try {
-    started_ = steady_clock::now();
-    return RunChecked(sql, parameters, results);
+    if (open_error_.Failed()) {
+      return open_error_;
+    }
+    const FileGuard guard(files_);
+    files_.refusal = nullptr;
+    const Deadline deadline(handle_, options_.statement_time_limit);
+    Error result = RunChecked(sql, parameters, results);
+    return result.Failed() && files_.refusal != nullptr
+               ? Failure(ResultCode::kCannotOpen, path_ + ": " + files_.refusal)
+               : result;
   } catch (...) {
     return telemetry::common::MakeErrorFromException(std::current_exception());
   }
 }
 
-Error Connection::RunChecked(const char* sql, const Parameters& parameters, Results& results) {
-  if (open_error_.Failed()) {
-    return open_error_;
-  }
-  if (Error error = CheckSchemaOnce(); error.Failed()) {
+Error Connection::RunChecked(const std::string& sql, const Parameters& parameters, Rows& results) {
+  if (Error error = PrepareSchemaOnce(); error.Failed()) {
     return error;
   }
+  changed_tables_.clear();
   Statement statement;
   if (Error error = Prepare(handle_, sql, statement); error.Failed()) {
     return error;
   }
-  if (compaction_guard_ && IsVacuum(sql)) {
-    if (Error error = CheckBeforeCompaction(handle_); error.Failed()) {
-      return error;
-    }
-  }
-  if (Error error = Bind(statement.get(), parameters); error.Failed()) {
-    return error;
-  }
-  return Step(statement.get(), results);
+  return OnlyReads(statement.get()) ? RunRead(statement.get(), parameters, results)
+                                    : RunWrite(statement.get(), parameters, results);
 }
 
-Error Connection::CheckSchemaOnce() {
-  if (schema_checked_) {
+Error Connection::RunWrite(sqlite3_stmt* statement, const Parameters& parameters, Rows& results) {
+  if (Error error = Soundness(); error.Failed()) {
+    return error;
+  }
+  if (Error error = CheckRowids(handle_, changed_tables_); error.Failed()) {
+    return error;
+  }
+  Error result = shared::Run(statement, parameters, results);
+  if (options_.check_soundness) {
+    KeepVerdict(handle_, files_.database);
+  }
+  return result;
+}
+
+// What can still be read of a damaged file may be read.
+Error Connection::RunRead(sqlite3_stmt* statement, const Parameters& parameters, Rows& results) {
+  const Error soundness = Soundness();
+  if (soundness.Failed() && !IsDamaged(soundness)) {
+    return soundness;
+  }
+  const Deadline deadline(handle_, soundness.Failed() ? kDamagedReadLimit : milliseconds(0));
+  return shared::Run(statement, parameters, results);
+}
+
+Error Connection::Soundness() { return options_.check_soundness ? CheckSoundness(handle_, files_.database) : Error(); }
+
+Error Connection::PrepareSchemaOnce() {
+  if (schema_prepared_) {
     return {};
   }
   Error error = CheckSchema(handle_);
-  schema_checked_ = !error.Failed();
+  if (!error.Failed() && sqlite3_exec(handle_, kCacheSize, nullptr, nullptr, nullptr) != SQLITE_OK) {
+    error = Failure(handle_);
+  }
+  schema_prepared_ = !error.Failed();
   return error;
 }
 

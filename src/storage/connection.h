@@ -1,22 +1,16 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <optional>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "common/error.h"
-#include "storage/column.h"
 #include "storage/database_path.h"
-#include "storage/dynamic_array.h"
-
-struct sqlite3;
+#include "storage/statement.h"
+#include "storage/storage_options.h"
+#include "storage/vfs.h"
 
 namespace corvo::shared {
-
-using Results = DynamicArray<DynamicArray<Column>>;
-using Parameters = std::vector<std::optional<std::string>>;  ///< texts of ?1, ?2 …; none is NULL
 
 /// One SQLite connection, or the reason why there is none.
 class Connection {
@@ -31,23 +25,31 @@ class Connection {
   [[nodiscard]] const telemetry::common::Error& OpenError() const { return open_error_; }
 
   /// Runs one statement in the sight of the registered observer. `results` gets its rows, none on failure.
-  telemetry::common::Error Run(const char* sql, const Parameters& parameters, Results& results) noexcept;
+  [[nodiscard]] telemetry::common::Error Run(const std::string& sql, const Parameters& parameters,
+                                             Rows& results) noexcept;
 
  private:
-  [[nodiscard]] telemetry::common::Error Open();
-  telemetry::common::Error RunUnseen(const char* sql, const Parameters& parameters, Results& results) noexcept;
-  telemetry::common::Error RunChecked(const char* sql, const Parameters& parameters, Results& results);
-  telemetry::common::Error CheckSchemaOnce();
+  using Error = telemetry::common::Error;
+
+  [[nodiscard]] Error Open();
+  [[nodiscard]] Error RunUnseen(const std::string& sql, const Parameters& parameters, Rows& results) noexcept;
+  [[nodiscard]] Error RunChecked(const std::string& sql, const Parameters& parameters, Rows& results);
+  [[nodiscard]] Error RunWrite(sqlite3_stmt* statement, const Parameters& parameters, Rows& results);
+  [[nodiscard]] Error RunRead(sqlite3_stmt* statement, const Parameters& parameters, Rows& results);
+  [[nodiscard]] Error PrepareSchemaOnce();
+  [[nodiscard]] Error Soundness();
   [[nodiscard]] std::int64_t TotalChanges() const;
-  [[nodiscard]] static int IsOverdue(void* connection);
+  [[nodiscard]] std::int64_t RowsChanged(std::int64_t total_before) const;
+  [[nodiscard]] static int NoteChangedTable(void* connection, int action, const char* table, const char* unused,
+                                            const char* database, const char* trigger);
 
   std::string path_;
+  StorageOptions options_;
+  ConnectionFiles files_;
   sqlite3* handle_ = nullptr;
-  telemetry::common::Error open_error_;
-  bool schema_checked_ = false;
-  bool compaction_guard_;
-  std::chrono::milliseconds time_limit_;
-  std::chrono::steady_clock::time_point started_;
+  Error open_error_;
+  bool schema_prepared_ = false;
+  std::set<std::string> changed_tables_;  ///< that the statement itself names, not its triggers
 };
 
 }  // namespace corvo::shared

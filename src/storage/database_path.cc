@@ -1,21 +1,21 @@
 #include "storage/database_path.h"
 
 #include <google/protobuf/message.h>
-#include <sqlite3.h>
 
 #include <filesystem>
 #include <system_error>
 
 #include "corvo/telemetry/contract/storage/persistance.pb.h"
-#include "storage/sqlite_error.h"
-#include "storage/storage_settings.h"
+#include "storage/database_name.h"
+#include "storage/failure.h"
+#include "storage/storage_options.h"
 
 namespace corvo::shared {
 namespace {
 
 namespace contract_storage = telemetry::contract::storage;
 
-DatabasePath Unresolved(const std::string& reason) { return {"", "", SqliteError(SQLITE_CANTOPEN, reason)}; }
+DatabasePath Unresolved(const std::string& reason) { return {"", "", Failure(ResultCode::kCannotOpen, reason)}; }
 
 }  // namespace
 
@@ -42,7 +42,7 @@ DatabasePath ResolveDatabase(const google::protobuf::Message* contract) {
   if (database.empty()) {
     return Unresolved(type->full_name() + " names no database");
   }
-  const std::string name = database + ".db";
+  const std::string name = AddDatabaseExtension(database);
   if (std::filesystem::path(name).has_parent_path()) {
     return Unresolved(type->full_name() + " names a database outside the data directory: " + database);
   }

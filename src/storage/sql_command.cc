@@ -5,7 +5,7 @@
 #include <string>
 
 #include "storage/connection.h"
-#include "storage/sqlite_error.h"
+#include "storage/failure.h"
 
 namespace corvo::shared {
 
@@ -15,7 +15,7 @@ struct SqlCommand::State {
   std::string statement;
   Parameters parameters;
   Connection* connection = nullptr;  // of the storage that owns the command
-  Results results;
+  Rows results;
   int rows_passed = 0;
   Error last_error;
 
@@ -31,7 +31,7 @@ Error SqlCommand::State::Run() {
 
 void SqlCommand::State::Replace(const char* text, const char** texts, int count) {
   if (count < 0 || (count > 0 && texts == nullptr)) {
-    last_error = SqliteError(SQLITE_MISUSE, "no parameters");
+    last_error = Failure(ResultCode::kMisuse, "no parameters");
     return;
   }
   Parameters replaced;
@@ -48,15 +48,17 @@ void SqlCommand::State::Replace(const char* text, const char** texts, int count)
 
 ICommand::~ICommand() = default;
 
-SqlCommand::SqlCommand(const char* statement) : state_(std::make_unique<State>()) {
-  state_->statement = statement != nullptr ? statement : "";
+SqlCommand::SqlCommand(const char* statement) : SqlCommand(std::string_view(statement != nullptr ? statement : "")) {}
+
+SqlCommand::SqlCommand(std::string_view statement) : state_(std::make_unique<State>()) {
+  state_->statement = statement;
 }
 
 SqlCommand::~SqlCommand() = default;
 
 const char* SqlCommand::GetSqlStatement() const { return state_->statement.c_str(); }
 
-DynamicArray<DynamicArray<Column>> SqlCommand::GetResults() const { return state_->results; }
+Rows SqlCommand::GetResults() const { return state_->results; }
 
 void SqlCommand::Execute(const char* statement, bool /*flag*/, const char** parameters, const int& count) {
   Execute(statement, parameters, count);
@@ -74,7 +76,7 @@ bool SqlCommand::HasNext() const { return state_->rows_passed < state_->results.
 
 Error SqlCommand::Next() {
   if (!HasNext()) {
-    state_->last_error = SqliteError(SQLITE_DONE, "the results have no further row");
+    state_->last_error = Failure(SQLITE_DONE, "the results have no further row");
     return state_->last_error;
   }
   ++state_->rows_passed;

@@ -25,4 +25,9 @@ std::shared_ptr<StatementObserver> GetStatementObserver() {
   return registered;
 }
 
+StatementObserverScope::StatementObserverScope(std::shared_ptr<StatementObserver> observer)
+    : former_(SetStatementObserver(std::move(observer))) {}
+
+StatementObserverScope::~StatementObserverScope() { SetStatementObserver(std::move(former_)); }
+
 }  // namespace corvo::shared

@@ -37,4 +37,16 @@ class CORVO_STORAGE_API StatementObserver {
 CORVO_STORAGE_API std::shared_ptr<StatementObserver> SetStatementObserver(std::shared_ptr<StatementObserver> observer);
 [[nodiscard]] CORVO_STORAGE_API std::shared_ptr<StatementObserver> GetStatementObserver();
 
+/// An observer that is registered for as long as the object lives; then the former one returns, on every path.
+class CORVO_STORAGE_API StatementObserverScope {
+ public:
+  explicit StatementObserverScope(std::shared_ptr<StatementObserver> observer);
+  StatementObserverScope(const StatementObserverScope&) = delete;
+  StatementObserverScope& operator=(const StatementObserverScope&) = delete;
+  ~StatementObserverScope();
+
+ private:
+  std::shared_ptr<StatementObserver> former_;
+};
+
 }  // namespace corvo::shared

@@ -7,8 +7,7 @@
 
 #include "storage/connection.h"
 #include "storage/database_path.h"
-#include "storage/owned_commands.h"
-#include "storage/sqlite_error.h"
+#include "storage/failure.h"
 
 namespace corvo::shared {
 namespace {
@@ -27,11 +26,36 @@ DatabasePath ResolveOrExplain(Source source) {
 
 }  // namespace
 
+/// The commands that a storage was given, each once however often it was given, deleted with their owner.
+class OwnedCommands {
+ public:
+  OwnedCommands() = default;
+  OwnedCommands(const OwnedCommands&) = delete;
+  OwnedCommands& operator=(const OwnedCommands&) = delete;
+
+  ~OwnedCommands() {
+    while (first_ != nullptr) {
+      delete std::exchange(first_, first_->next_owned_);
+    }
+  }
+
+  /// Null is nothing to own.
+  void Add(ICommand* command) noexcept {
+    if (command != nullptr && !command->owned_) {
+      command->owned_ = true;
+      command->next_owned_ = std::exchange(first_, command);
+    }
+  }
+
+ private:
+  ICommand* first_ = nullptr;
+};
+
 struct TelemetryStorage::State {
   explicit State(DatabasePath resolved)
       : database(std::move(resolved)), connection(database), last_error(connection.OpenError()) {}
 
-  void Adopt(ICommand** list, int count);
+  void Adopt(ICommand** list, int count) noexcept;
   Error Run(ICommand* command);
   Error RunAll(ICommand** list, int count);
 
@@ -41,7 +65,7 @@ struct TelemetryStorage::State {
   Error last_error;
 };
 
-void TelemetryStorage::State::Adopt(ICommand** list, int count) {
+void TelemetryStorage::State::Adopt(ICommand** list, int count) noexcept {
   for (int index = 0; index < count; ++index) {
     commands.Add(list[index]);
   }
@@ -49,19 +73,19 @@ void TelemetryStorage::State::Adopt(ICommand** list, int count) {
 
 Error TelemetryStorage::State::Run(ICommand* command) {
   if (command == nullptr) {
-    return SqliteError(SQLITE_MISUSE, "no command");
+    return Failure(ResultCode::kMisuse, "no command");
   }
   if (auto* sql_command = dynamic_cast<SqlCommand*>(command); sql_command != nullptr) {
     return sql_command->Run(connection);
   }
   const char* sql = command->GetSqlStatement();
-  Results dropped;
+  Rows dropped;
   return connection.Run(sql != nullptr ? sql : "", {}, dropped);
 }
 
 Error TelemetryStorage::State::RunAll(ICommand** list, int count) {
   if (count < 0 || (count > 0 && list == nullptr)) {
-    return SqliteError(SQLITE_MISUSE, "no list of commands");
+    return Failure(ResultCode::kMisuse, "no list of commands");
   }
   Adopt(list, count);
   Error result;

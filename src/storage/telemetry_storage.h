@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "common/error.h"
-#include "storage/command.h"
 #include "storage/sql_command.h"
 #include "storage/storage_export.h"
 
@@ -15,8 +14,8 @@ namespace corvo::shared {
 
 /// One open telemetry database.
 ///
-/// The file is opened for reading and writing and never created. It is treated as untrusted input: no schema of its own
-/// can run code, load an extension or hide the engine's tables, and anything but a regular file is refused. Objects are
+/// The file is opened for reading and writing and never created. It is treated as untrusted input, see
+/// `StorageOptions`: nothing is written to a damaged file, and anything but a regular file is refused. Objects are
 /// independent of each other; use each from one thread at a time. The destructor closes the database and deletes the
 /// commands that were executed on it.
 class CORVO_STORAGE_API TelemetryStorage {

@@ -6,9 +6,9 @@
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/engine_test.h"
-#include "storage/storage_settings.h"
 #include "support/fake_clock.h"
 #include "support/log_capture.h"
+#include "support/option_scope.h"
 #include "support/statement_log.h"
 
 namespace corvo::test {
@@ -185,13 +185,12 @@ TEST_F(DeleteExpiredRows, MissingDatabaseIsAFailure) {
 }
 
 TEST_F(DeleteExpiredRows, LockedDatabaseIsAFailureAndKeepsItsRows) {
-  shared::SetBusyTimeout(std::chrono::milliseconds(0));
+  const OptionScope no_waiting(&shared::StorageOptions::busy_timeout, std::chrono::milliseconds(0));
   CreateDatabase("Log", "Samples", 0);
   Database other = Open("Log");
   AddRows(other, "Samples", 3, kOldTime);
   other.Run("BEGIN IMMEDIATE");
   const auto result = DataCleanup::DeleteExpiredRows(contract, 1);
-  shared::SetBusyTimeout(std::chrono::seconds(5));
   other.Run("COMMIT");
   EXPECT_THAT(result, FailedWith("database is locked"));
   EXPECT_EQ(other.Count("Samples"), 3);

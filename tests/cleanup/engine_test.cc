@@ -1,6 +1,6 @@
 #include "cleanup/engine_test.h"
 
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 
 namespace corvo::test {
 

@@ -3,7 +3,7 @@
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/pass_model.h"
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 #include "support/statement_log.h"
 #include "support/temp_dir.h"
 

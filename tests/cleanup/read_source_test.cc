@@ -6,7 +6,7 @@
 #include "cleanup/engine_test.h"
 #include "cleanup/kept_options.h"
 #include "contracts/catalogue.h"
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 #include "support/log_capture.h"
 #include "support/statement_log.h"
 

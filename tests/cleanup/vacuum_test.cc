@@ -4,8 +4,8 @@
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/engine_test.h"
-#include "storage/storage_settings.h"
 #include "support/log_capture.h"
+#include "support/option_scope.h"
 #include "support/statement_log.h"
 
 namespace corvo::test {
@@ -49,12 +49,11 @@ TEST_F(Vacuum, NullIsASuccessThatOpensNothing) {
 
 TEST_F(Vacuum, FailureIsTheStoragesRecordWithoutALogRecord) {
   CreateDatabase("Log", "Samples", 1);
-  shared::SetBusyTimeout(std::chrono::milliseconds(0));
+  const OptionScope no_waiting(&shared::StorageOptions::busy_timeout, std::chrono::milliseconds(0));
   Database other = Open("Log");
   other.Run("BEGIN IMMEDIATE");
   const LogCapture log;
   const auto result = DataCleanup::Vacuum(contract);
-  shared::SetBusyTimeout(std::chrono::seconds(5));
   other.Run("COMMIT");
   EXPECT_THAT(result, FailedWith("database is locked"));
   EXPECT_EQ(result.category, telemetry::common::EC_Custom);

@@ -7,7 +7,7 @@
 #include "contracts/catalogue.h"
 #include "corvo/telemetry/contract/storage/databases.pb.h"
 #include "corvo/telemetry/contract/storage/device_profile.pb.h"
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 #include "support/database.h"
 #include "support/log_capture.h"
 #include "support/temp_dir.h"

@@ -68,13 +68,16 @@ TEST(Storage, ExportsTheseFunctionsAndNoOther) {
   EXPECT_THAT(
       functions,
       UnorderedElementsAre(
-          "GetBusyTimeout", "SetBusyTimeout", "GetCompactionGuard", "SetCompactionGuard", "GetDataDirectory",
-          "SetDataDirectory", "GetStatementObserver", "SetStatementObserver", "GetStatementTimeLimit",
-          "SetStatementTimeLimit", "ICommand::~ICommand", "SqlCommand::Execute", "SqlCommand::GetLastError",
-          "SqlCommand::GetResults", "SqlCommand::GetSqlStatement", "SqlCommand::HasNext", "SqlCommand::Next",
-          "SqlCommand::Run", "SqlCommand::SqlCommand", "SqlCommand::~SqlCommand", "StatementObserver::OnStart",
-          "StatementObserver::~StatementObserver", "TelemetryStorage::Execute", "TelemetryStorage::GetDataBaseName",
-          "TelemetryStorage::GetDataBasePath", "TelemetryStorage::GetLastError", "TelemetryStorage::TelemetryStorage",
+          "GetDataDirectory", "GetStatementObserver", "GetStorageOptions", "ICommand::~ICommand", "IsBusy",
+          "IsCannotOpen", "IsDamaged", "IsFull", "IsInterrupted", "IsIoError", "IsMissingTable", "IsOutOfMemory",
+          "IsReadOnly", "IsRefused", "IsTooBig", "SetDataDirectory", "SetStatementObserver", "SetStorageOptions",
+          "SqlCommand::Execute", "SqlCommand::GetLastError", "SqlCommand::GetResults", "SqlCommand::GetSqlStatement",
+          "SqlCommand::HasNext", "SqlCommand::Next", "SqlCommand::Run", "SqlCommand::SqlCommand",
+          "SqlCommand::~SqlCommand", "StatementObserver::OnStart", "StatementObserver::~StatementObserver",
+          "StatementObserverScope::StatementObserverScope", "StatementObserverScope::~StatementObserverScope",
+          "StorageOptionsScope::StorageOptionsScope", "StorageOptionsScope::~StorageOptionsScope",
+          "TelemetryStorage::Execute", "TelemetryStorage::GetDataBaseName", "TelemetryStorage::GetDataBasePath",
+          "TelemetryStorage::GetLastError", "TelemetryStorage::TelemetryStorage",
           "TelemetryStorage::~TelemetryStorage"));
 }
 

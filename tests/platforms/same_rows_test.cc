@@ -7,7 +7,7 @@
 
 #include "cleanup/data_cleanup.h"
 #include "host/generate_command.h"
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 #include "support/database.h"
 #include "support/fake_clock.h"
 #include "support/temp_dir.h"

@@ -7,7 +7,7 @@
 #include "cleanup/kept_options.h"
 #include "contracts/catalogue.h"
 #include "contracts/lookups.h"
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 #include "support/database.h"
 #include "support/temp_dir.h"
 

@@ -18,7 +18,7 @@ class ForeignCommand : public ICommand {
   ~ForeignCommand() override { ++deleted_; }
 
   [[nodiscard]] const char* GetSqlStatement() const override { return sql_; }
-  [[nodiscard]] shared::DynamicArray<shared::DynamicArray<shared::Column>> GetResults() const override { return {}; }
+  [[nodiscard]] shared::Rows GetResults() const override { return {}; }
   void Execute(const char* /*statement*/, bool /*flag*/, const char** /*parameters*/, const int& /*count*/) override {}
   void Execute(const char* /*statement*/, const char** /*parameters*/, const int& /*count*/) override {}
   [[nodiscard]] bool HasNext() const override { return false; }

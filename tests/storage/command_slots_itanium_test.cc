@@ -8,7 +8,7 @@ namespace corvo::test {
 namespace {
 
 using shared::ICommand;
-using Rows = shared::DynamicArray<shared::DynamicArray<shared::Column>>;
+using shared::Rows;
 
 template <class Function>
 Function* Slot(const ICommand* command, std::size_t index) {

@@ -1,12 +1,11 @@
 // The container of results.
-#include "storage/dynamic_array.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <type_traits>
 #include <utility>
 
-#include "storage/column.h"
+#include "storage/results.h"
 
 namespace corvo::test {
 namespace {
@@ -35,20 +34,28 @@ TEST(DynamicArray, OfRowsBeginsWithEmptyRows) {
   EXPECT_EQ(rows[0].count, 0);
 }
 
-TEST(DynamicArray, SharesItsElementsWithCopies) {
+TEST(DynamicArray, KeepsItsElementsOnceForAllCopies) {
   const DynamicArray<int> array(1);
   DynamicArray<int> copy;
+
   copy = array;
 
-  array[0] = 7;
+  EXPECT_EQ(&copy[0], &array[0]);
+}
 
-  EXPECT_EQ(copy[0], 7);
+TEST(DynamicArray, HandsOutNothingThatCouldChangeACopy) {
+  const DynamicArray<int> array(1);
+
+  static_assert(std::is_same_v<decltype(array[0]), const int&>);
+  static_assert(std::is_same_v<decltype(array.elements), const int*>);
 }
 
 TEST(DynamicArray, KeepsItsElementsUntilTheLastCopyIsGone) {
-  DynamicArray<std::shared_ptr<int>> array(1);
-  array[0] = std::make_shared<int>(7);
-  const std::weak_ptr<int> element = array[0];
+  std::shared_ptr<std::shared_ptr<int>[]> elements(new std::shared_ptr<int>[1]);
+  elements[0] = std::make_shared<int>(7);
+  const std::weak_ptr<int> element = elements[0];
+  std::shared_ptr<int>* const first = elements.get();
+  DynamicArray<std::shared_ptr<int>> array(std::move(elements), first, 1);
 
   DynamicArray<std::shared_ptr<int>> copy(array);
   array = DynamicArray<std::shared_ptr<int>>();

@@ -19,7 +19,7 @@ class Locking : public StorageTest {
 class LockKinds : public Locking, public testing::WithParamInterface<const char*> {};
 
 TEST_P(LockKinds, HeldLongerThanTheTimeoutAreTheResult) {
-  shared::SetBusyTimeout(std::chrono::milliseconds(1));
+  const OptionScope waiting(&shared::StorageOptions::busy_timeout, std::chrono::milliseconds(1));
   Database other(file_);
   other.Run(GetParam());
   TelemetryStorage storage(file_.c_str(), "");
@@ -44,7 +44,7 @@ class StartSignal : public shared::StatementObserver {
 };
 
 TEST_F(Locking, WaitsForALockThatIsReleasedInTime) {
-  shared::SetBusyTimeout(std::chrono::minutes(10));
+  const OptionScope waiting(&shared::StorageOptions::busy_timeout, std::chrono::minutes(10));
   Database other(file_);
   other.Run("BEGIN EXCLUSIVE");
   const auto signal = std::make_shared<StartSignal>();

@@ -92,7 +92,7 @@ TEST_F(Opening, WaitsForNoLock) {
   CreateSamples(1);
   Database other(file_);
   other.Run("BEGIN EXCLUSIVE");
-  shared::SetBusyTimeout(std::chrono::hours(1));
+  const OptionScope waiting(&shared::StorageOptions::busy_timeout, std::chrono::hours(1));
 
   TelemetryStorage storage(file_.c_str(), "");
 

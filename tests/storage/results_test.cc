@@ -9,7 +9,7 @@
 namespace corvo::test {
 namespace {
 
-using Rows = shared::DynamicArray<shared::DynamicArray<shared::Column>>;
+using shared::Rows;
 
 class Results : public StorageTest {
  protected:

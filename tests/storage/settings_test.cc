@@ -34,9 +34,9 @@ TEST_F(Settings, DataDirectoryKeepsOneSeparator) {
 
 TEST_F(Settings, AreReadWhenAStorageIsConstructed) {
   CreateSamples(1);
-  shared::SetBusyTimeout(std::chrono::milliseconds(1234));
+  const OptionScope first(&shared::StorageOptions::busy_timeout, std::chrono::milliseconds(1234));
   TelemetryStorage storage(file_.c_str(), "");
-  shared::SetBusyTimeout(std::chrono::milliseconds(1));
+  const OptionScope second(&shared::StorageOptions::busy_timeout, std::chrono::milliseconds(1));
 
   EXPECT_EQ(ReadValue(storage, "PRAGMA busy_timeout"), "1234");
 }
@@ -45,7 +45,7 @@ TEST_F(Settings, WaitFiveSecondsForALockByDefault) {
   CreateSamples(1);
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_EQ(shared::GetBusyTimeout(), std::chrono::seconds(5));
+  EXPECT_EQ(shared::StorageOptions().busy_timeout, std::chrono::seconds(5));
   EXPECT_EQ(ReadValue(storage, "PRAGMA busy_timeout"), "5000");
 }
 
@@ -54,7 +54,7 @@ class BusyTimeouts : public StorageTest,
 
 TEST_P(BusyTimeouts, StayWithinSqlitesRange) {
   CreateSamples(1);
-  shared::SetBusyTimeout(GetParam().first);
+  const OptionScope waiting(&shared::StorageOptions::busy_timeout, GetParam().first);
   TelemetryStorage storage(file_.c_str(), "");
 
   EXPECT_EQ(ReadValue(storage, "PRAGMA busy_timeout"), GetParam().second);
@@ -66,8 +66,8 @@ INSTANTIATE_TEST_SUITE_P(Settings, BusyTimeouts,
                                          std::pair(std::chrono::milliseconds::max(), "2147483647")));
 
 TEST_F(Settings, LimitNoStatementAndGuardCompactionByDefault) {
-  EXPECT_EQ(shared::GetStatementTimeLimit(), std::chrono::milliseconds(0));
-  EXPECT_TRUE(shared::GetCompactionGuard());
+  EXPECT_EQ(shared::StorageOptions().statement_time_limit, std::chrono::milliseconds(0));
+  EXPECT_TRUE(shared::StorageOptions().check_soundness);
 }
 
 }  // namespace

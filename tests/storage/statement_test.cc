@@ -49,7 +49,7 @@ TEST_F(Statement, LeavesItsOutcomeInGetLastError) {
 }
 
 TEST_F(Statement, ThatRunsLongerThanItsLimitIsEnded) {
-  shared::SetStatementTimeLimit(std::chrono::milliseconds(1));
+  const OptionScope limit(&shared::StorageOptions::statement_time_limit, std::chrono::milliseconds(1));
   TelemetryStorage storage(file_.c_str(), "");
 
   EXPECT_THAT(RunSql(storage, "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT MAX(i) FROM n"),
@@ -57,7 +57,7 @@ TEST_F(Statement, ThatRunsLongerThanItsLimitIsEnded) {
 }
 
 TEST_F(Statement, WithinAVeryLongLimitRuns) {
-  shared::SetStatementTimeLimit(std::chrono::milliseconds::max());
+  const OptionScope limit(&shared::StorageOptions::statement_time_limit, std::chrono::milliseconds::max());
   TelemetryStorage storage(file_.c_str(), "");
 
   EXPECT_EQ(ReadValue(storage,

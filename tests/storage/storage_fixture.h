@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <ostream>
 #include <stdexcept>
@@ -11,9 +10,9 @@
 #include <vector>
 
 #include "common/error.h"
-#include "storage/storage_settings.h"
 #include "storage/telemetry_storage.h"
 #include "support/database.h"
+#include "support/option_scope.h"
 #include "support/temp_dir.h"
 
 namespace corvo::telemetry::common {
@@ -42,7 +41,7 @@ inline Error RunSql(TelemetryStorage& storage, const std::string& sql) {
 }
 
 /// The rows of a result, every value as text.
-inline std::vector<Row> Texts(const shared::DynamicArray<shared::DynamicArray<shared::Column>>& results) {
+inline std::vector<Row> Texts(const shared::Rows& results) {
   std::vector<Row> rows;
   for (int row = 0; row < results.count; ++row) {
     Row& texts = rows.emplace_back();
@@ -86,12 +85,7 @@ class StorageTest : public testing::Test {
   std::string file_ = dir_ / "Test.db";
 
  private:
-  static void SetDefaults() {
-    shared::SetDataDirectory("");
-    shared::SetBusyTimeout(std::chrono::seconds(5));
-    shared::SetStatementTimeLimit(std::chrono::milliseconds(0));
-    shared::SetCompactionGuard(true);
-  }
+  static void SetDefaults() { shared::SetStorageOptions(shared::StorageOptions()); }
 };
 
 }  // namespace corvo::test

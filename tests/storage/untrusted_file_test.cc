@@ -13,7 +13,8 @@ using testing::StartsWith;
 
 using UntrustedFile = StorageTest;
 
-TEST_F(UntrustedFile, RunsNoTriggerOfItsOwn) {
+TEST_F(UntrustedFile, RunsNoTriggerOfItsOwnWhenTheyAreSwitchedOff) {
+  const OptionScope off(&shared::StorageOptions::triggers_and_views, false);
   CreateSamples(3);
   Database database(file_);
   database.Run("CREATE TABLE Kept(x); INSERT INTO Kept VALUES(1);");
@@ -37,7 +38,8 @@ TEST_F(UntrustedFile, DeletesNothingThroughForeignKeys) {
   EXPECT_EQ(database.Count("Kept"), 1);
 }
 
-TEST_F(UntrustedFile, HasNoViews) {
+TEST_F(UntrustedFile, HasNoViewsWhenTheyAreSwitchedOff) {
+  const OptionScope off(&shared::StorageOptions::triggers_and_views, false);
   CreateSamples(1);
   Database(file_).Run("CREATE VIEW Window AS SELECT * FROM Samples");
   TelemetryStorage storage(file_.c_str(), "");

@@ -3,6 +3,7 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 
@@ -40,26 +41,34 @@ struct SqlCommand::State {
   test::ScriptedStorage::Rows rows;
 };
 
-SqlCommand::SqlCommand(const char* statement) : state_(new State{statement, {}}) { ++Script().live_commands; }
+SqlCommand::SqlCommand(const char* statement) : SqlCommand(std::string_view(statement)) {}
+
+SqlCommand::SqlCommand(std::string_view statement) : state_(new State{std::string(statement), {}}) {
+  ++Script().live_commands;
+}
 
 SqlCommand::~SqlCommand() { --Script().live_commands; }
 
 const char* SqlCommand::GetSqlStatement() const { return state_->sql.c_str(); }
 
-DynamicArray<DynamicArray<Column>> SqlCommand::GetResults() const {
-  DynamicArray<DynamicArray<Column>> result(static_cast<int>(state_->rows.size()));
-  for (int row = 0; row < result.count; ++row) {
-    const auto& texts = state_->rows[static_cast<std::size_t>(row)];
-    const int count = static_cast<int>(texts.size());
-    // Two columns more than are counted: reading past the end gives a wrong number, not an accident.
-    DynamicArray<Column> columns(count + 2);
-    for (int column = 0; column < columns.count; ++column) {
-      columns[column] = Column(column < count ? texts[static_cast<std::size_t>(column)].c_str() : "1000");
-    }
-    columns.count = count;
-    result[row] = columns;
+namespace {
+
+DynamicArray<Column> Columns(const std::vector<std::string>& texts) {
+  // Two columns more than are counted: reading past the end gives a wrong number, not an accident.
+  const std::shared_ptr<Column[]> columns(new Column[texts.size() + 2]);
+  for (std::size_t column = 0; column < texts.size() + 2; ++column) {
+    columns[column] = Column(column < texts.size() ? texts[column].c_str() : "1000");
   }
-  return result;
+  return {columns, columns.get(), static_cast<std::int32_t>(texts.size())};
+}
+
+}  // namespace
+
+Rows SqlCommand::GetResults() const {
+  const std::size_t count = state_->rows.size();
+  const std::shared_ptr<DynamicArray<Column>[]> rows(new DynamicArray<Column>[count]);
+  std::transform(state_->rows.begin(), state_->rows.end(), rows.get(), Columns);
+  return {rows, rows.get(), static_cast<std::int32_t>(count)};
 }
 
 // The engine uses none of these.

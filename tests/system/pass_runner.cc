@@ -8,7 +8,7 @@
 #include <string>
 
 #include "framework/plugin_module.h"
-#include "storage/storage_settings.h"
+#include "support/option_scope.h"
 #include "system/faulty_vfs.h"
 #include "system/process_control.h"
 
@@ -58,7 +58,7 @@ std::string RunPass(IDynamicPluginModule& module, const Options& options) {
 }
 
 void Run(const Options& options) {
-  shared::SetBusyTimeout(std::chrono::milliseconds(options.busy_timeout_ms));
+  const OptionScope waiting(&shared::StorageOptions::busy_timeout, std::chrono::milliseconds(options.busy_timeout_ms));
   if (!options.fault.empty()) {
     InstallFault(ParseFault(options.fault));
   }

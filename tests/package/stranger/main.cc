@@ -13,7 +13,7 @@
 #include "corvo/telemetry/contract/storage/device_usage.pb.h"
 #include "framework/plugin_module.h"
 #include "storage/sql_command.h"
-#include "storage/storage_settings.h"
+#include "storage/storage_options.h"
 #include "storage/telemetry_storage.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "storage/database_file.h"
+#include "storage/file_access.h"
 
 #include <sqlite3.h>
 
@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "common/text.h"
-#include "storage/sqlite_error.h"
+#include "storage/failure.h"
 
 namespace corvo::shared {
 namespace {
@@ -15,18 +15,20 @@ using std::filesystem::file_type;
 using telemetry::common::Error;
 
 Error Refusal(int code, const std::filesystem::path& path, const std::string& reason) {
-  return SqliteError(code, telemetry::common::Utf8(path) + ": " + reason);
+  return Failure(code, telemetry::common::Utf8(path) + ": " + reason);
 }
 
 // The side files of a database that SQLite opens on its own.
-Error CheckJournals(const std::filesystem::path& file) {
+Error CheckSideFiles(const std::filesystem::path& file) {
   for (const char* suffix : {"-journal", "-wal", "-shm"}) {
-    std::filesystem::path journal = file;
-    journal += suffix;
-    std::error_code ignored;
-    const file_type kind = std::filesystem::status(journal, ignored).type();
-    if (kind != file_type::not_found && kind != file_type::regular) {
-      return Refusal(SQLITE_CANTOPEN, journal, "not a regular file");
+    std::filesystem::path side_file = file;
+    side_file += suffix;
+    const FileState state = LookAt(telemetry::common::Utf8(side_file).c_str());
+    if (state.kind == FileState::Kind::kOther) {
+      return Refusal(SQLITE_CANTOPEN, side_file, "not a regular file");
+    }
+    if (state.links > 1) {
+      return Refusal(SQLITE_CANTOPEN, side_file, "a file with several links");
     }
   }
   return {};
@@ -51,7 +53,7 @@ Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path
   if (failure) {
     return Refusal(SQLITE_CANTOPEN, path, failure.message());
   }
-  if (Error error = CheckJournals(file); error.Failed()) {
+  if (Error error = CheckSideFiles(file); error.Failed()) {
     return error;
   }
   resolved = std::move(file);

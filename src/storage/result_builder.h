@@ -6,15 +6,14 @@
 #include <vector>
 
 #include "common/error.h"
-#include "storage/column.h"
-#include "storage/dynamic_array.h"
+#include "storage/results.h"
 
 struct sqlite3_stmt;
 
 namespace corvo::shared {
 
 /// Result rows while a statement runs: all texts and columns in one buffer that the finished rows share.
-class ResultRows {
+class ResultBuilder {
  public:
   /// Most bytes of one result, texts and bookkeeping together: a hostile file must not take the process's memory.
   static constexpr std::size_t kMaxBytes = std::size_t{256} * 1024 * 1024;
@@ -23,17 +22,17 @@ class ResultRows {
   telemetry::common::Error Add(sqlite3_stmt* statement);
 
   /// Hands the rows over.
-  [[nodiscard]] DynamicArray<DynamicArray<Column>> Take();
+  [[nodiscard]] Rows Take();
 
  private:
   using Buffer = std::pmr::monotonic_buffer_resource;
-  using Rows = std::vector<DynamicArray<Column>>;
+  using RowList = std::vector<DynamicArray<Column>>;
 
   [[nodiscard]] telemetry::common::Error Reserve(std::size_t bytes);
   telemetry::common::Error AddText(sqlite3_stmt* statement, int column, Column& value);
 
   std::shared_ptr<Buffer> buffer_ = std::make_shared<Buffer>();
-  std::shared_ptr<Rows> rows_ = std::make_shared<Rows>();
+  std::shared_ptr<RowList> rows_ = std::make_shared<RowList>();
   std::size_t bytes_ = 0;
 };
 

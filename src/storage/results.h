@@ -7,11 +7,26 @@
 
 namespace corvo::shared {
 
+/// One value of a result row, as text.
+class Column {
+ public:
+  Column() = default;
+
+  /// `text` must be zero-terminated and outlive the column: results own the texts of their columns.
+  explicit Column(const char* text) : text_(text) {}
+
+  /// The value as zero-terminated text; never null: an SQL NULL reads as the empty text.
+  [[nodiscard]] const char* GetColumnValue() const { return text_; }
+
+ private:
+  const char* text_ = "";
+};
+
 /// An array of a fixed number of elements, read through `elements` and `count` or by index.
 ///
 /// The elements are kept once and shared between copies, so a copy costs the same whatever the size, and an array
-/// stays valid for as long as any copy of it lives. Elements are not changed after construction, so copies may be read
-/// from several threads. A moved-from array has no elements.
+/// stays valid for as long as any copy of it lives. Elements cannot be changed, so copies may be read from several
+/// threads. A moved-from array has no elements.
 template <class T>
 class DynamicArray {
  public:
@@ -25,7 +40,7 @@ class DynamicArray {
   }
 
   /// An array over elements that `owner` keeps alive. For the storage library.
-  DynamicArray(std::shared_ptr<T[]> owner, T* first, std::int32_t size)
+  DynamicArray(std::shared_ptr<const T[]> owner, const T* first, std::int32_t size)
       : elements(first), count(size), owner_(std::move(owner)) {}
 
   DynamicArray(const DynamicArray&) = default;
@@ -39,10 +54,10 @@ class DynamicArray {
   ~DynamicArray() = default;
 
   /// The element at `index`, which must be at least 0 and below `count`.
-  T& operator[](int index) const { return elements[index]; }
+  const T& operator[](int index) const { return elements[index]; }
 
-  T* elements = nullptr;   ///< first element; owned by the array and its copies
-  std::int32_t count = 0;  ///< number of elements
+  const T* elements = nullptr;  ///< first element; owned by the array and its copies
+  std::int32_t count = 0;       ///< number of elements
 
  private:
   void Swap(DynamicArray& other) noexcept {
@@ -51,7 +66,10 @@ class DynamicArray {
     owner_.swap(other.owner_);
   }
 
-  std::shared_ptr<T[]> owner_;
+  std::shared_ptr<const T[]> owner_;
 };
+
+/// The rows of a result, each with its columns in select-list order.
+using Rows = DynamicArray<DynamicArray<Column>>;
 
 }  // namespace corvo::shared

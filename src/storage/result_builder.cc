@@ -1,4 +1,4 @@
-#include "storage/result_rows.h"
+#include "storage/result_builder.h"
 
 #include <sqlite3.h>
 
@@ -7,24 +7,24 @@
 #include <string>
 #include <utility>
 
-#include "storage/sqlite_error.h"
+#include "storage/failure.h"
 
 namespace corvo::shared {
 
 using telemetry::common::Error;
 
-Error ResultRows::Reserve(std::size_t bytes) {
+Error ResultBuilder::Reserve(std::size_t bytes) {
   bytes_ += bytes;
-  return bytes_ > kMaxBytes ? SqliteError(SQLITE_TOOBIG, "results above " + std::to_string(kMaxBytes) + " bytes")
+  return bytes_ > kMaxBytes ? Failure(ResultCode::kTooBig, "results above " + std::to_string(kMaxBytes) + " bytes")
                             : Error();
 }
 
-Error ResultRows::AddText(sqlite3_stmt* statement, int column, Column& value) {
+Error ResultBuilder::AddText(sqlite3_stmt* statement, int column, Column& value) {
   const void* text = sqlite3_column_text(statement, column);
   if (text == nullptr) {
     // NULL reads as the empty text; the conversion to text can also run out of memory.
     sqlite3* handle = sqlite3_db_handle(statement);
-    return sqlite3_errcode(handle) == SQLITE_NOMEM ? SqliteError(handle) : Error();
+    return sqlite3_errcode(handle) == SQLITE_NOMEM ? Failure(handle) : Error();
   }
   const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column)) + 1;
   if (Error error = Reserve(size); error.Failed()) {
@@ -36,10 +36,10 @@ Error ResultRows::AddText(sqlite3_stmt* statement, int column, Column& value) {
   return {};
 }
 
-Error ResultRows::Add(sqlite3_stmt* statement) {
+Error ResultBuilder::Add(sqlite3_stmt* statement) {
   const int count = sqlite3_column_count(statement);
   const std::size_t columns_size = static_cast<std::size_t>(count) * sizeof(Column);
-  if (Error error = Reserve(columns_size + sizeof(Rows::value_type)); error.Failed()) {
+  if (Error error = Reserve(columns_size + sizeof(RowList::value_type)); error.Failed()) {
     return error;
   }
   auto* columns = static_cast<Column*>(buffer_->allocate(columns_size, alignof(Column)));
@@ -53,7 +53,7 @@ Error ResultRows::Add(sqlite3_stmt* statement) {
   return {};
 }
 
-DynamicArray<DynamicArray<Column>> ResultRows::Take() {
+Rows ResultBuilder::Take() {
   const auto count = static_cast<std::int32_t>(rows_->size());
   auto* first = rows_->data();
   return {std::shared_ptr<DynamicArray<Column>[]>(std::exchange(rows_, nullptr), first), first, count};

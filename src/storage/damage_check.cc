@@ -1,0 +1,181 @@
+#include "storage/damage_check.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "storage/failure.h"
+#include "storage/statement.h"
+
+namespace corvo::shared {
+namespace {
+
+using telemetry::common::Error;
+
+/// Rows that break a CHECK constraint are the user's business, but quick_check reports them like damage.
+class ChecksIgnored {
+ public:
+  explicit ChecksIgnored(sqlite3* handle) : handle_(handle) { Run("PRAGMA ignore_check_constraints=ON"); }
+  ChecksIgnored(const ChecksIgnored&) = delete;
+  ChecksIgnored& operator=(const ChecksIgnored&) = delete;
+  ~ChecksIgnored() { Run("PRAGMA ignore_check_constraints=OFF"); }
+
+ private:
+  void Run(const char* sql) noexcept { sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr); }
+
+  sqlite3* handle_;
+};
+
+/// What SQLite says of the pages of a database, a line a finding, begins with this line.
+constexpr std::string_view kPagesHeading = "*** in database main ***\n";
+
+bool IsLeakedPage(std::string_view line) {
+  // "Page 7 is never used" until 3.41, "Page 7: never used" since.
+  constexpr std::string_view kPage = "Page ";
+  if (!line.starts_with(kPage)) {
+    return false;
+  }
+  line.remove_prefix(kPage.size());
+  const std::size_t digits = std::min(line.find_first_not_of("0123456789"), line.size());
+  line.remove_prefix(digits);
+  return digits > 0 && (line == " is never used" || line == ": never used");
+}
+
+/// Findings about single rows and about indexes of virtual tables. Names of the file stand behind the part that counts.
+bool IsHarmlessContent(std::string_view finding) {
+  constexpr std::array<std::string_view, 11> kHarmless = {"NULL value in ",
+                                                          "NUMERIC value in ",
+                                                          "TEXT value in ",
+                                                          "non-INT value in ",
+                                                          "non-INTEGER value in ",
+                                                          "non-REAL value in ",
+                                                          "non-TEXT value in ",
+                                                          "non-BLOB value in ",
+                                                          "malformed inverted index for FTS3 table ",
+                                                          "malformed inverted index for FTS4 table ",
+                                                          "malformed inverted index for FTS5 table "};
+  return std::any_of(kHarmless.begin(), kHarmless.end(),
+                     [finding](std::string_view harmless) { return finding.starts_with(harmless); });
+}
+
+/// The first part of a finding that is damage; empty when none is.
+std::string_view DamageIn(std::string_view finding) {
+  if (!finding.starts_with(kPagesHeading)) {
+    return finding == "ok" || IsHarmlessContent(finding) ? std::string_view() : finding;
+  }
+  finding.remove_prefix(kPagesHeading.size());
+  while (!finding.empty()) {
+    const std::string_view line = finding.substr(0, finding.find('\n'));
+    if (!IsLeakedPage(line)) {
+      return line;
+    }
+    finding.remove_prefix(std::min(line.size() + 1, finding.size()));
+  }
+  return {};
+}
+
+std::string_view TextOf(sqlite3_stmt* statement, int column) {
+  const void* text = sqlite3_column_text(statement, column);
+  return text != nullptr ? std::string_view(static_cast<const char*>(text)) : std::string_view();
+}
+
+Error CheckStructure(sqlite3* handle) {
+  const ChecksIgnored ignored(handle);
+  Statement statement;
+  // As many findings as a text can hold: leaked pages must not hide damage behind them.
+  constexpr int kMostFindings = 500'000;
+  const std::string sql = "PRAGMA main.quick_check(" + std::to_string(kMostFindings) + ")";
+  if (Error error = Prepare(handle, sql, statement); error.Failed()) {
+    return error;
+  }
+  int findings = 0;
+  int code = sqlite3_step(statement.get());
+  for (; code == SQLITE_ROW; code = sqlite3_step(statement.get())) {
+    const std::string_view finding = TextOf(statement.get(), 0);
+    findings += 1 + static_cast<int>(std::count(finding.begin(), finding.end(), '\n'));
+    if (const std::string_view damage = DamageIn(finding); !damage.empty()) {
+      return Failure(ResultCode::kCorrupt, std::string(damage));
+    }
+  }
+  if (code != SQLITE_DONE) {
+    return Failure(handle);
+  }
+  return findings < kMostFindings ? Error() : Failure(ResultCode::kCorrupt, "more findings than can be looked at");
+}
+
+/// Quotes names of the file: the pattern holds one %w for each.
+template <class... Names>
+std::string Sql(const char* pattern, const Names&... names) {
+  const std::unique_ptr<char, decltype(&sqlite3_free)> text(sqlite3_mprintf(pattern, names...), &sqlite3_free);
+  if (text == nullptr) {
+    throw std::bad_alloc();
+  }
+  return text.get();
+}
+
+Error Count(sqlite3* handle, const std::string& sql, std::int64_t& count) {
+  Statement statement;
+  if (Error error = Prepare(handle, sql, statement); error.Failed()) {
+    return error;
+  }
+  if (sqlite3_step(statement.get()) != SQLITE_ROW) {
+    return Failure(handle);
+  }
+  count = sqlite3_column_int64(statement.get(), 0);
+  return {};
+}
+
+Error CountEntries(sqlite3* handle, const char* table, const char* index, std::int64_t rows) {
+  // The second column keeps SQLite from counting in an index of its own choice.
+  std::int64_t entries = 0;
+  if (Error error = Count(handle, Sql("SELECT COUNT(*), 1 FROM main.\"%w\" INDEXED BY \"%w\"", table, index), entries);
+      error.Failed()) {
+    // An index over a function or a collation that this library lacks: nothing can change its table either.
+    return error.code == SQLITE_ERROR ? Error() : error;
+  }
+  return rows == entries ? Error()
+                         : Failure(ResultCode::kCorrupt, Sql("the index %s has %lld entries for the %lld rows of %s",
+                                                             index, entries, rows, table));
+}
+
+Error CheckIndexes(sqlite3* handle) {
+  // Partial indexes have fewer entries by intent.
+  constexpr const char* kIndexes =
+      "SELECT t.name, i.name FROM main.sqlite_schema t, pragma_index_list(t.name, 'main') i "
+      "WHERE t.type = 'table' AND t.rootpage > 0 AND NOT i.partial";
+  Rows indexes;
+  Statement statement;
+  Error error = Prepare(handle, kIndexes, statement);
+  if (!error.Failed()) {
+    error = Run(statement.get(), {}, indexes);
+  }
+  const char* counted = "";
+  std::int64_t rows = 0;
+  for (int index = 0; index < indexes.count && !error.Failed(); ++index) {
+    const char* table = indexes[index][0].GetColumnValue();
+    if (std::strcmp(counted, table) != 0) {
+      error = Count(handle, Sql("SELECT COUNT(*) FROM main.\"%w\" NOT INDEXED", table), rows);
+      counted = table;
+    }
+    if (!error.Failed()) {
+      error = CountEntries(handle, table, indexes[index][1].GetColumnValue(), rows);
+    }
+  }
+  return error;
+}
+
+}  // namespace
+
+Error FindDamage(sqlite3* handle) {
+  Error error = CheckStructure(handle);
+  return error.Failed() ? error : CheckIndexes(handle);
+}
+
+}  // namespace corvo::shared

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+struct sqlite3;
+
+namespace corvo::shared {
+
+/// Ends what runs on a connection when its time is over, from a thread of its own: SQLite's progress callbacks are not
+/// called within a single long step, such as a count over a tree of pages that leads back to itself.
+class Deadline {
+ public:
+  /// `limit` counts from now; zero or less is without limit and costs nothing.
+  ///
+  /// @throws std::system_error when no thread can be started.
+  Deadline(sqlite3* handle, std::chrono::milliseconds limit);
+  Deadline(const Deadline&) = delete;
+  Deadline& operator=(const Deadline&) = delete;
+  ~Deadline();
+
+ private:
+  void Watch(sqlite3* handle, std::chrono::steady_clock::time_point end);
+
+  std::mutex mutex_;
+  std::condition_variable over_;
+  bool done_ = false;
+  std::thread watcher_;
+};
+
+}  // namespace corvo::shared

@@ -1,0 +1,61 @@
+#include <windows.h>
+
+#include <filesystem>
+
+#include "common/text.h"
+#include "storage/file_access.h"
+
+namespace corvo::shared {
+namespace {
+
+std::uint64_t Join(DWORD high, DWORD low) { return (std::uint64_t{high} << 32U) | low; }
+
+FileState FromInformation(const BY_HANDLE_FILE_INFORMATION& information) {
+  constexpr DWORD kNotRegular = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
+  FileState state;
+  state.kind = (information.dwFileAttributes & kNotRegular) == 0 ? FileState::Kind::kRegular : FileState::Kind::kOther;
+  state.volume = information.dwVolumeSerialNumber;
+  state.file = Join(information.nFileIndexHigh, information.nFileIndexLow);
+  state.links = information.nNumberOfLinks;
+  state.size = Join(information.nFileSizeHigh, information.nFileSizeLow);
+  state.modified = static_cast<std::int64_t>(
+      Join(information.ftLastWriteTime.dwHighDateTime, information.ftLastWriteTime.dwLowDateTime));
+  return state;
+}
+
+FileState FromError(DWORD error) {
+  FileState state;
+  if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+    state.kind = FileState::Kind::kMissing;
+  }
+  return state;
+}
+
+// Without a right to read or write: locks of this process are tied to their handles here, so closing this one is safe.
+FileState LookAtPath(const std::filesystem::path& path) {
+  const HANDLE file =
+      CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+  if (file == INVALID_HANDLE_VALUE) {
+    return FromError(GetLastError());
+  }
+  BY_HANDLE_FILE_INFORMATION information{};
+  const bool known = GetFileInformationByHandle(file, &information) != 0;
+  CloseHandle(file);
+  return known ? FromInformation(information) : FileState();
+}
+
+}  // namespace
+
+const char* PlatformDataDirectory() { return "c:\\ProgramData\\Corvo\\Telemetry\\Data\\"; }
+
+FileState LookAt(const char* name) noexcept {
+  try {
+    return LookAtPath(telemetry::common::PathFromUtf8(name));
+  } catch (...) {
+    // No memory for the path: what cannot be looked at is not opened.
+    return {};
+  }
+}
+
+}  // namespace corvo::shared

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "storage/storage_export.h"
+
+namespace corvo::shared {
+
+/// How the storages of a process work. A host sets the options before its first run.
+struct StorageOptions {
+  /// The directory of the telemetry databases, in the platform's narrow encoding. Empty, the default, is the
+  /// environment variable CORVO_TELEMETRY_DATA_DIR, else c:\ProgramData\Corvo\Telemetry\Data\ on Windows and
+  /// /var/lib/corvo/telemetry/data/ elsewhere.
+  std::string data_directory;
+
+  /// How long a statement waits for a lock of another connection. A lock held longer is the statement's result
+  /// (`IsBusy`), not a reason to try again. Zero or less does not wait.
+  std::chrono::milliseconds busy_timeout{5000};
+
+  /// How long one statement may run, the check of the file before it included, before it is ended and rolled back
+  /// (`IsInterrupted`). Zero, the default, is without limit. Costs one short-lived thread a statement.
+  std::chrono::milliseconds statement_time_limit{0};
+
+  /// Most bytes that SQLite may hold in the whole process, also in connections of the host's own; a statement that
+  /// needs more fails (`IsOutOfMemory`) and is rolled back. Zero, the default, leaves SQLite's limit as it is.
+  std::int64_t memory_limit = 0;
+
+  /// Whether a file is looked through before the first statement on it, so that nothing is written to a damaged one: a
+  /// deletion or a compaction could destroy rows that were still readable, and report success. Costs one reading of the
+  /// file; the verdict is remembered for a short time. On by default; off only for a host that has checked the file
+  /// itself.
+  bool check_soundness = true;
+
+  /// Whether triggers and views of the file work, as SQLite has them. On by default: honest databases keep full-text
+  /// indexes by triggers. Off, nothing is changed but what a statement names, and such indexes go stale.
+  bool triggers_and_views = true;
+};
+
+/// Sets the options of the process: each storage reads them when it is constructed. May be called from any thread. A
+/// relative data directory is made absolute at once.
+///
+/// @throws std::filesystem::filesystem_error when it is relative and there is no current directory.
+CORVO_STORAGE_API void SetStorageOptions(const StorageOptions& options);
+
+/// The options in force.
+[[nodiscard]] CORVO_STORAGE_API StorageOptions GetStorageOptions();
+
+/// Options for as long as the object lives; then those that were in force before return, on every path.
+class CORVO_STORAGE_API StorageOptionsScope {
+ public:
+  explicit StorageOptionsScope(const StorageOptions& options);
+  StorageOptionsScope(const StorageOptionsScope&) = delete;
+  StorageOptionsScope& operator=(const StorageOptionsScope&) = delete;
+  ~StorageOptionsScope();
+
+ private:
+  StorageOptions former_;
+};
+
+/// Changes the data directory alone.
+CORVO_STORAGE_API void SetDataDirectory(const std::string& directory);
+
+/// The data directory in force, absolute, with a separator at its end. Throws as `SetStorageOptions`.
+[[nodiscard]] CORVO_STORAGE_API std::string GetDataDirectory();
+
+}  // namespace corvo::shared
