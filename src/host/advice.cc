@@ -1,6 +1,6 @@
 #include "host/advice.h"
 
-#include "host/locale_check.h"
+#include "host/platform/locale_check.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "host/catalogue_view.h"
 #include "host/json_text.h"
-#include "host/platform.h"
+#include "host/platform/platform.h"
 #include "host/text_table.h"
 #include "host/units.h"
 

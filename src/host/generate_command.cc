@@ -10,7 +10,7 @@
 #include "host/database_writer.h"
 #include "host/generation_plan.h"
 #include "host/json_text.h"
-#include "host/platform.h"
+#include "host/platform/platform.h"
 #include "host/row_source.h"
 #include "host/text_table.h"
 #include "host/time_text.h"

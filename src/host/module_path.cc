@@ -1,6 +1,6 @@
 #include "host/module_path.h"
 
-#include "host/platform.h"
+#include "host/platform/platform.h"
 
 namespace corvo::telemetry::host {
 

@@ -5,11 +5,11 @@
 #include <filesystem>
 
 #include "common/text.h"
-#include "host/locale_check.h"
 #include "host/logging.h"
 #include "host/module_loader.h"
 #include "host/module_path.h"
-#include "host/platform.h"
+#include "host/platform/locale_check.h"
+#include "host/platform/platform.h"
 #include "host/run_json.h"
 #include "host/run_text.h"
 #include "storage/storage_settings.h"

@@ -1,7 +1,7 @@
 #include <locale>
 #include <stdexcept>
 
-#include "host/locale_check.h"
+#include "host/platform/locale_check.h"
 
 namespace corvo::telemetry::host {
 

@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdlib>
 
-#include "host/platform.h"
+#include "host/platform/platform.h"
 
 namespace corvo::telemetry::host {
 

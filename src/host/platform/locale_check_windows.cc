@@ -1,4 +1,4 @@
-#include "host/locale_check.h"
+#include "host/platform/locale_check.h"
 
 namespace corvo::telemetry::host {
 

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "host/platform.h"
+#include "host/platform/platform.h"
 
 namespace corvo::telemetry::host {
 
