@@ -10,11 +10,11 @@
 #include <string_view>
 
 #include "host/contracts_command.h"
-#include "host/failure.h"
 #include "host/generate_command.h"
-#include "host/json_text.h"
 #include "host/logging.h"
 #include "host/run_command.h"
+#include "host/show/failure.h"
+#include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -3,10 +3,10 @@
 #include <fmt/core.h>
 
 #include "host/catalogue_view.h"
-#include "host/json_text.h"
 #include "host/platform/platform.h"
-#include "host/text_table.h"
-#include "host/units.h"
+#include "host/show/json_text.h"
+#include "host/show/text_table.h"
+#include "host/show/units.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/failure.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 

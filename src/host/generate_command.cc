@@ -9,12 +9,12 @@
 #include "host/catalogue_view.h"
 #include "host/database_writer.h"
 #include "host/generation_plan.h"
-#include "host/json_text.h"
 #include "host/platform/platform.h"
 #include "host/row_source.h"
-#include "host/text_table.h"
+#include "host/show/json_text.h"
+#include "host/show/text_table.h"
+#include "host/show/units.h"
 #include "host/time_text.h"
-#include "host/units.h"
 
 namespace corvo::telemetry::host {
 namespace {

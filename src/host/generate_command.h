@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "host/failure.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 

@@ -9,8 +9,8 @@
 #include <fstream>
 
 #include "common/log.h"
-#include "host/failure.h"
 #include "host/progress.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -1,8 +1,8 @@
 #include <dlfcn.h>
 #include <fmt/core.h>
 
-#include "host/failure.h"
 #include "host/module_loader.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <system_error>
 
-#include "host/failure.h"
 #include "host/module_loader.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 namespace {

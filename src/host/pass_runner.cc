@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <memory>
 
-#include "host/failure.h"
 #include "host/progress.h"
-#include "host/run_json.h"
+#include "host/show/failure.h"
+#include "host/show/run_json.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "framework/plugin_module.h"
-#include "host/json_text.h"
+#include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 

@@ -5,8 +5,8 @@
 #include <filesystem>
 
 #include "common/text.h"
-#include "host/json_text.h"
-#include "host/units.h"
+#include "host/show/json_text.h"
+#include "host/show/units.h"
 
 namespace corvo::telemetry::host {
 namespace {

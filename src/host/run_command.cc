@@ -10,8 +10,8 @@
 #include "host/module_path.h"
 #include "host/platform/locale_check.h"
 #include "host/platform/platform.h"
-#include "host/run_json.h"
-#include "host/run_text.h"
+#include "host/show/run_json.h"
+#include "host/show/run_text.h"
 #include "storage/storage_settings.h"
 
 namespace corvo::telemetry::host {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/failure.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <regex>
 
-#include "host/failure.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/failure.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -1,10 +1,10 @@
-#include "host/failure.h"
+#include "host/show/failure.h"
 
 #include <fmt/core.h>
 
 #include <cstdio>
 
-#include "host/run_json.h"
+#include "host/show/run_json.h"
 
 namespace corvo::telemetry::host {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/json_text.h"
+#include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 

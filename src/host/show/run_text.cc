@@ -1,11 +1,11 @@
-#include "host/run_text.h"
+#include "host/show/run_text.h"
 
 #include <fmt/color.h>
 #include <fmt/core.h>
 
-#include "host/advice.h"
-#include "host/text_table.h"
-#include "host/units.h"
+#include "host/show/advice.h"
+#include "host/show/text_table.h"
+#include "host/show/units.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -1,4 +1,4 @@
-#include "host/text_table.h"
+#include "host/show/text_table.h"
 
 #include <fmt/color.h>
 #include <fmt/core.h>

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "common/error.h"
-#include "host/json_text.h"
 #include "host/run_report.h"
+#include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 

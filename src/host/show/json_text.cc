@@ -1,4 +1,4 @@
-#include "host/json_text.h"
+#include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 
