@@ -2,7 +2,7 @@
 
 #include <fmt/core.h>
 
-#include "host/catalogue_view.h"
+#include "host/facts/catalogue_view.h"
 #include "host/platform/platform.h"
 #include "host/show/json_text.h"
 #include "host/show/text_table.h"

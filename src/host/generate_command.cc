@@ -6,8 +6,8 @@
 #include <filesystem>
 
 #include "common/text.h"
-#include "host/catalogue_view.h"
 #include "host/database_writer.h"
+#include "host/facts/catalogue_view.h"
 #include "host/generation_plan.h"
 #include "host/platform/platform.h"
 #include "host/row_source.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/catalogue_view.h"
+#include "host/facts/catalogue_view.h"
 
 namespace corvo::telemetry::host {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "common/error.h"
-#include "host/run_report.h"
+#include "host/facts/run_report.h"
 #include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {

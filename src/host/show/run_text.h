@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/run_report.h"
+#include "host/facts/run_report.h"
 
 namespace corvo::telemetry::host {
 

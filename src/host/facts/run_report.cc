@@ -1,4 +1,4 @@
-#include "host/run_report.h"
+#include "host/facts/run_report.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "host/catalogue_view.h"
+#include "host/facts/catalogue_view.h"
 
 #include <google/protobuf/descriptor.h>
 

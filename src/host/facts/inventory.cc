@@ -1,4 +1,4 @@
-#include "host/inventory.h"
+#include "host/facts/inventory.h"
 
 #include <fmt/core.h>
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "host/inventory.h"
+#include "host/facts/inventory.h"
 #include "host/pass_runner.h"
 
 namespace corvo::telemetry::host {
