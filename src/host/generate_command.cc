@@ -6,15 +6,15 @@
 #include <filesystem>
 
 #include "common/text.h"
-#include "host/database_writer.h"
 #include "host/facts/catalogue_view.h"
-#include "host/generation_plan.h"
 #include "host/platform/platform.h"
-#include "host/row_source.h"
+#include "host/samples/database_writer.h"
+#include "host/samples/generation_plan.h"
+#include "host/samples/row_source.h"
+#include "host/samples/time_text.h"
 #include "host/show/json_text.h"
 #include "host/show/text_table.h"
 #include "host/show/units.h"
-#include "host/time_text.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -1,10 +1,10 @@
-#include "host/generation_plan.h"
+#include "host/samples/generation_plan.h"
 
 #include <google/protobuf/descriptor.h>
 
 #include <algorithm>
 
-#include "host/time_text.h"
+#include "host/samples/time_text.h"
 
 namespace corvo::telemetry::host {
 namespace {

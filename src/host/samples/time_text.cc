@@ -1,4 +1,4 @@
-#include "host/time_text.h"
+#include "host/samples/time_text.h"
 
 #include <fmt/core.h>
 

@@ -1,11 +1,11 @@
-#include "host/row_source.h"
+#include "host/samples/row_source.h"
 
 #include <fmt/core.h>
 #include <google/protobuf/descriptor.h>
 
 #include <array>
 
-#include "host/time_text.h"
+#include "host/samples/time_text.h"
 
 namespace corvo::telemetry::host {
 namespace {

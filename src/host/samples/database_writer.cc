@@ -1,4 +1,4 @@
-#include "host/database_writer.h"
+#include "host/samples/database_writer.h"
 
 #include <fmt/core.h>
 // The storage library never creates a database, so the generator writes its files itself, and only here.

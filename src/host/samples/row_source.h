@@ -4,8 +4,8 @@
 #include <random>
 #include <vector>
 
-#include "host/database_writer.h"
-#include "host/generation_plan.h"
+#include "host/samples/database_writer.h"
+#include "host/samples/generation_plan.h"
 
 namespace google::protobuf {
 class FieldDescriptor;
