@@ -11,7 +11,7 @@
 
 #include "host/contracts_command.h"
 #include "host/generate_command.h"
-#include "host/logging.h"
+#include "host/pass/logging.h"
 #include "host/run_command.h"
 #include "host/show/failure.h"
 #include "host/show/json_text.h"

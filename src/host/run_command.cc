@@ -5,9 +5,9 @@
 #include <filesystem>
 
 #include "common/text.h"
-#include "host/logging.h"
-#include "host/module_loader.h"
-#include "host/module_path.h"
+#include "host/pass/logging.h"
+#include "host/pass/module_loader.h"
+#include "host/pass/module_path.h"
 #include "host/platform/locale_check.h"
 #include "host/platform/platform.h"
 #include "host/show/run_json.h"

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "host/facts/inventory.h"
-#include "host/pass_runner.h"
+#include "host/pass/pass_runner.h"
 
 namespace corvo::telemetry::host {
 

@@ -1,4 +1,4 @@
-#include "host/progress.h"
+#include "host/pass/progress.h"
 
 #include <fmt/core.h>
 

@@ -1,7 +1,7 @@
 #include <dlfcn.h>
 #include <fmt/core.h>
 
-#include "host/module_loader.h"
+#include "host/pass/module_loader.h"
 #include "host/show/failure.h"
 
 namespace corvo::telemetry::host {

@@ -3,7 +3,7 @@
 
 #include <system_error>
 
-#include "host/module_loader.h"
+#include "host/pass/module_loader.h"
 #include "host/show/failure.h"
 
 namespace corvo::telemetry::host {

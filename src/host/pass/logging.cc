@@ -1,4 +1,4 @@
-#include "host/logging.h"
+#include "host/pass/logging.h"
 
 #include <fmt/core.h>
 #include <plog/Appenders/ConsoleAppender.h>
@@ -9,7 +9,7 @@
 #include <fstream>
 
 #include "common/log.h"
-#include "host/progress.h"
+#include "host/pass/progress.h"
 #include "host/show/failure.h"
 
 namespace corvo::telemetry::host {

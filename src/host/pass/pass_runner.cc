@@ -1,10 +1,10 @@
-#include "host/pass_runner.h"
+#include "host/pass/pass_runner.h"
 
 #include <chrono>
 #include <cstdlib>
 #include <memory>
 
-#include "host/progress.h"
+#include "host/pass/progress.h"
 #include "host/show/failure.h"
 #include "host/show/run_json.h"
 

@@ -1,4 +1,4 @@
-#include "host/module_path.h"
+#include "host/pass/module_path.h"
 
 #include "host/platform/platform.h"
 
