@@ -1,4 +1,4 @@
-#include "host/command_line.h"
+#include "host/cli/command_line.h"
 #include "host/platform/platform.h"
 
 int main(int argc, char** argv) {

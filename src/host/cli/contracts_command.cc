@@ -1,4 +1,4 @@
-#include "host/contracts_command.h"
+#include "host/cli/contracts_command.h"
 
 #include <fmt/core.h>
 

@@ -1,4 +1,4 @@
-#include "host/generate_command.h"
+#include "host/cli/generate_command.h"
 
 #include <fmt/core.h>
 #include <fmt/format.h>

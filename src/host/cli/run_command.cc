@@ -1,4 +1,4 @@
-#include "host/run_command.h"
+#include "host/cli/run_command.h"
 
 #include <fmt/core.h>
 

@@ -1,4 +1,4 @@
-#include "host/command_line.h"
+#include "host/cli/command_line.h"
 
 #include <fmt/core.h>
 
@@ -9,10 +9,10 @@
 #include <sstream>
 #include <string_view>
 
-#include "host/contracts_command.h"
-#include "host/generate_command.h"
+#include "host/cli/contracts_command.h"
+#include "host/cli/generate_command.h"
+#include "host/cli/run_command.h"
 #include "host/pass/logging.h"
-#include "host/run_command.h"
 #include "host/show/failure.h"
 #include "host/show/json_text.h"
 
