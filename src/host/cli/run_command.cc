@@ -8,7 +8,6 @@
 #include "host/pass/logging.h"
 #include "host/pass/module_loader.h"
 #include "host/pass/module_path.h"
-#include "host/platform/locale_check.h"
 #include "host/platform/platform.h"
 #include "host/show/run_json.h"
 #include "host/show/run_text.h"

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <string>
 
 namespace corvo::telemetry::host {
 
@@ -16,5 +17,9 @@ void PrepareStandardStreams();
 
 /// Whether output to the stream may be coloured: a terminal that can, and the environment variable NO_COLOR not set.
 [[nodiscard]] bool UsesColour(std::FILE* stream);
+
+/// One line on the named locale that a pass needs and this machine lacks, with the command that installs it; empty when
+/// nothing is missing.
+[[nodiscard]] std::string MissingLocaleHint();
 
 }  // namespace corvo::telemetry::host

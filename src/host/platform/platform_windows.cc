@@ -32,4 +32,7 @@ bool UsesColour(std::FILE* stream) {
          SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+// Timestamps do without named locales here.
+std::string MissingLocaleHint() { return {}; }
+
 }  // namespace corvo::telemetry::host

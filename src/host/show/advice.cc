@@ -1,6 +1,6 @@
 #include "host/show/advice.h"
 
-#include "host/platform/locale_check.h"
+#include "host/platform/platform.h"
 
 namespace corvo::telemetry::host {
 namespace {
