@@ -6,7 +6,6 @@
 
 #include "host/pass/progress.h"
 #include "host/show/failure.h"
-#include "host/show/run_json.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -45,8 +44,6 @@ PassOutcome RunPass(shared::plugin::IDynamicPluginModule& module, bool show_prog
 }
 
 }  // namespace
-
-bool Failed(const Json& result) { return result.value("category", "") != "EC_NoError" || result.value("code", 1) != 0; }
 
 std::vector<PassOutcome> RunPasses(shared::plugin::IDynamicPluginModule& module, int passes, bool show_progress) {
   std::vector<PassOutcome> outcomes;

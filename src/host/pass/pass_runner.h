@@ -1,23 +1,11 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
 #include <vector>
 
 #include "framework/plugin_module.h"
-#include "host/show/json_text.h"
+#include "host/facts/run_report.h"
 
 namespace corvo::telemetry::host {
-
-struct PassOutcome {
-  Json result;  ///< the record that the module gave, or one made here when it gave none
-  std::int64_t rows_deleted;
-  double seconds;
-  std::string failed_database;  ///< path; empty when no statement failed
-};
-
-/// True when the record says that something failed.
-[[nodiscard]] bool Failed(const Json& result);
 
 /// Runs passes of the module one after the other, up to the first that fails.
 ///

@@ -1,6 +1,7 @@
 #include "host/show/run_json.h"
 
 #include "common/text.h"
+#include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -22,17 +23,7 @@ std::string Document(const Json& result, const Json& databases, double seconds) 
   return JsonText(document) + "\n";
 }
 
-std::string WithoutInvalidBytes(const std::string& text) { return Json::parse(JsonText(text)).get<std::string>(); }
-
 }  // namespace
-
-Json ErrorJson(const common::Error& error) {
-  common::Error clean = error;
-  clean.what = WithoutInvalidBytes(error.what);
-  clean.type = WithoutInvalidBytes(error.type);
-  clean.origin = WithoutInvalidBytes(error.origin);
-  return Json::parse(common::ErrorText(clean));
-}
 
 std::string RunDocument(const RunReport& report) {
   Json databases = Json::array();
