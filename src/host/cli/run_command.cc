@@ -5,9 +5,8 @@
 #include <filesystem>
 
 #include "common/text.h"
+#include "host/pass/loaded_module.h"
 #include "host/pass/logging.h"
-#include "host/pass/module_loader.h"
-#include "host/pass/module_path.h"
 #include "host/platform/platform.h"
 #include "host/show/run_json.h"
 #include "host/show/run_text.h"
@@ -54,7 +53,7 @@ ExitCode RunCommand(const RunOptions& options) {
   const fs::path directory(options.data_dir);
   RequireDirectory(directory);
   StartLogging(options.log_level, options.log_file);
-  const auto module = LoadModule(options.plugin.empty() ? DefaultModulePath() : fs::path(options.plugin));
+  LoadedModule module(options.plugin.empty() ? DefaultModulePath() : fs::path(options.plugin));
   WarnOfMissingLocale();
   shared::SetDataDirectory(options.data_dir);
 
@@ -62,7 +61,7 @@ ExitCode RunCommand(const RunOptions& options) {
   RunReport report;
   report.before = TakeInventory(catalogue, directory);
   TellProblems(report.before);
-  report.passes = RunPasses(module->Module(), options.passes, IsTerminal(stderr));
+  report.passes = RunPasses(module.Module(), options.passes, IsTerminal(stderr));
   report.after = TakeInventory(catalogue, directory);
   fmt::print("{}", options.json ? RunDocument(report) : RunText(report, UsesColour(stdout)));
   return Failed(report.Result()) ? kPassFailed : kDone;
