@@ -1,5 +1,5 @@
-#include "host/command_line.h"
-#include "host/platform.h"
+#include "host/cli/command_line.h"
+#include "host/platform/platform.h"
 
 int main(int argc, char** argv) {
   corvo::telemetry::host::PrepareStandardStreams();

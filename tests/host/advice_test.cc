@@ -1,4 +1,4 @@
-#include "host/advice.h"
+#include "host/show/advice.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "host/json_text.h"
+#include "common/text.h"
 #include "host/run_fixture.h"
 #include "support/database.h"
 
@@ -9,13 +9,13 @@ namespace {
 
 TEST_F(RunTest, CleansADirectoryWithANameOfManyScripts) {
   const std::filesystem::path folder = std::filesystem::path(data_) / u8"Gerät Ж 日本";
-  const std::string name = telemetry::host::Utf8(folder);
+  const std::string name = telemetry::common::Utf8(folder);
   ASSERT_EQ(RunHost({"generate", "--data-dir", name, "--scale", "0.01"}).exit_code, 0);
   const std::int64_t before = Database(folder / "Cache.db").Count("CollectorCache");
 
   const HostRun run = RunHost({"run", "--data-dir", name, "--json"});
   EXPECT_EQ(run.exit_code, 0) << run.err;
-  EXPECT_EQ(run.Json()["databases"][0]["path"], telemetry::host::Utf8(folder / "Cache.db"));
+  EXPECT_EQ(run.Json()["databases"][0]["path"], telemetry::common::Utf8(folder / "Cache.db"));
   EXPECT_LT(Database(folder / "Cache.db").Count("CollectorCache"), before);
 }
 

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <set>
 
-#include "host/catalogue_view.h"
+#include "host/facts/catalogue_view.h"
 #include "host/host_process.h"
 #include "support/database.h"
 #include "support/temp_dir.h"

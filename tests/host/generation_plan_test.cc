@@ -1,11 +1,11 @@
-#include "host/generation_plan.h"
+#include "host/samples/generation_plan.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 
-#include "host/row_source.h"
-#include "host/time_text.h"
+#include "host/samples/row_source.h"
+#include "host/samples/time_text.h"
 
 namespace corvo::telemetry::host {
 namespace {

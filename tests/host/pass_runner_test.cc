@@ -1,4 +1,4 @@
-#include "host/pass_runner.h"
+#include "host/pass/pass_runner.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/run_report.h"
+#include "host/facts/run_report.h"
 
 namespace corvo::test {
 

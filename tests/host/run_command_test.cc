@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "host/catalogue_view.h"
+#include "host/facts/catalogue_view.h"
 #include "host/run_fixture.h"
 #include "support/database.h"
 #include "support/patterns.h"

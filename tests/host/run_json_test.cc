@@ -1,4 +1,4 @@
-#include "host/run_json.h"
+#include "host/show/run_json.h"
 
 #include <gmock/gmock.h>
 

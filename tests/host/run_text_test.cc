@@ -1,4 +1,4 @@
-#include "host/run_text.h"
+#include "host/show/run_text.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "host/text_table.h"
+#include "host/show/text_table.h"
 
 #include <gtest/gtest.h>
 

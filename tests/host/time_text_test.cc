@@ -1,8 +1,8 @@
-#include "host/time_text.h"
+#include "host/samples/time_text.h"
 
 #include <gtest/gtest.h>
 
-#include "host/failure.h"
+#include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 namespace {

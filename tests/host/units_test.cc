@@ -1,4 +1,4 @@
-#include "host/units.h"
+#include "host/show/units.h"
 
 #include <gtest/gtest.h>
 

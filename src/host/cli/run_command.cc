@@ -1,0 +1,70 @@
+#include "host/cli/run_command.h"
+
+#include <fmt/core.h>
+
+#include <filesystem>
+
+#include "common/text.h"
+#include "host/pass/loaded_module.h"
+#include "host/pass/logging.h"
+#include "host/platform/platform.h"
+#include "host/show/run_json.h"
+#include "host/show/run_text.h"
+#include "storage/storage_options.h"
+
+namespace corvo::telemetry::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+void RequireDirectory(const fs::path& directory) {
+  std::error_code error;
+  if (!fs::is_directory(directory, error)) {
+    const std::string reason = fs::exists(directory, error) ? "is not a directory" : "does not exist";
+    throw CommandFailure(kNoDataDirectory,
+                         fmt::format("the data directory {} {}; name the directory that holds the .db "
+                                     "files with --data-dir",
+                                     common::Utf8(directory), reason));
+  }
+}
+
+void WarnOfMissingLocale() {
+  if (const std::string hint = MissingLocaleHint(); !hint.empty()) {
+    fmt::print(stderr, "corvo-telemetry-host: {}\n", hint);
+  }
+}
+
+// One line a database, however many of its tables share the trouble.
+void TellProblems(const std::vector<DatabaseCount>& databases) {
+  for (const DatabaseCount& database : databases) {
+    for (const TableCount& table : database.tables) {
+      if (!table.problem.empty()) {
+        fmt::print(stderr, "corvo-telemetry-host: cannot count the rows of {}: {}\n", common::Utf8(database.path),
+                   table.problem);
+        break;
+      }
+    }
+  }
+}
+
+}  // namespace
+
+ExitCode RunCommand(const RunOptions& options) {
+  const fs::path directory(options.data_dir);
+  RequireDirectory(directory);
+  StartLogging(options.log_level, options.log_file);
+  LoadedModule module(options.plugin.empty() ? DefaultModulePath() : fs::path(options.plugin));
+  WarnOfMissingLocale();
+  shared::SetDataDirectory(options.data_dir);
+
+  const CatalogueView catalogue = ReadCatalogue();
+  RunReport report;
+  report.before = TakeInventory(catalogue, directory);
+  TellProblems(report.before);
+  report.passes = RunPasses(module.Module(), options.passes, IsTerminal(stderr));
+  report.after = TakeInventory(catalogue, directory);
+  fmt::print("{}", options.json ? RunDocument(report) : RunText(report, UsesColour(stdout)));
+  return Failed(report.Result()) ? kPassFailed : kDone;
+}
+
+}  // namespace corvo::telemetry::host

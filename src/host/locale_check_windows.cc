@@ -1,8 +1,0 @@
-#include "host/locale_check.h"
-
-namespace corvo::telemetry::host {
-
-// Timestamps do without named locales here.
-std::string MissingLocaleHint() { return {}; }
-
-}  // namespace corvo::telemetry::host

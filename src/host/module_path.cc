@@ -1,9 +1,0 @@
-#include "host/module_path.h"
-
-#include "host/platform.h"
-
-namespace corvo::telemetry::host {
-
-std::filesystem::path DefaultModulePath() { return (ProgramDirectory() / CORVO_MODULE_FILE).lexically_normal(); }
-
-}  // namespace corvo::telemetry::host

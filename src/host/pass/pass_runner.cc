@@ -1,0 +1,59 @@
+#include "host/pass/pass_runner.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+
+#include "host/pass/progress.h"
+#include "host/show/failure.h"
+
+namespace corvo::telemetry::host {
+namespace {
+
+/// Keeps what it gave until the pass is read out.
+class OutputAllocator : public shared::plugin::PluginBufferAllocator {
+ public:
+  [[nodiscard]] char* Allocate(std::size_t size) const override {
+    memory_.reset(new (std::nothrow) char[size]);
+    return memory_.get();
+  }
+
+ private:
+  mutable std::unique_ptr<char[]> memory_;
+};
+
+Json ReadResult(const char* output) {
+  Json result = Json::parse(output == nullptr ? "" : output, nullptr, false);
+  if (result.is_object() && result.contains("category") && result.contains("code")) {
+    return result;
+  }
+  return ErrorJson(CommandFailure(kPassFailed, "the module gave no result: see the log (--log-level debug)").Record());
+}
+
+PassOutcome RunPass(shared::plugin::IDynamicPluginModule& module, bool show_progress) {
+  const auto watcher = std::make_shared<PassWatcher>(show_progress);
+  const auto former = shared::SetStatementObserver(watcher);
+  const OutputAllocator allocator;
+  char* output = nullptr;
+  const auto start = std::chrono::steady_clock::now();
+  module.Execute("", output, allocator);
+  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+  shared::SetStatementObserver(former);
+  ClearProgress();
+  return {ReadResult(output), watcher->RowsDeleted(), seconds.count(), watcher->FailedDatabase()};
+}
+
+}  // namespace
+
+std::vector<PassOutcome> RunPasses(shared::plugin::IDynamicPluginModule& module, int passes, bool show_progress) {
+  std::vector<PassOutcome> outcomes;
+  for (int pass = 0; pass < passes; ++pass) {
+    outcomes.push_back(RunPass(module, show_progress));
+    if (Failed(outcomes.back().result)) {
+      break;
+    }
+  }
+  return outcomes;
+}
+
+}  // namespace corvo::telemetry::host

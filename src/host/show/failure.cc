@@ -1,0 +1,27 @@
+#include "host/show/failure.h"
+
+#include <fmt/core.h>
+
+#include <cstdio>
+
+#include "host/show/run_json.h"
+
+namespace corvo::telemetry::host {
+
+common::Error CommandFailure::Record() const {
+  common::Error error;
+  error.category = common::EC_Custom;
+  error.code = exit_code_;
+  error.what = what();
+  error.type = "corvo-telemetry-host";
+  return error;
+}
+
+void ReportFailure(const common::Error& error, bool json) {
+  fmt::print(stderr, "corvo-telemetry-host: {}\n", error.what);
+  if (json) {
+    fmt::print("{}", RunDocument(error));
+  }
+}
+
+}  // namespace corvo::telemetry::host

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "common/error.h"
+
+namespace corvo::telemetry::host {
+
+/// Members keep the order in which they were written.
+using Json = nlohmann::ordered_json;
+
+/// The document's text for people and programs: indented, UTF-8; bytes that are not UTF-8 become U+FFFD, so that a
+/// strange file name cannot spoil the document.
+[[nodiscard]] std::string JsonText(const Json& document);
+
+/// The record as a JSON object, also when its texts are not UTF-8.
+[[nodiscard]] Json ErrorJson(const common::Error& error);
+
+}  // namespace corvo::telemetry::host
