@@ -1,4 +1,5 @@
 # Shared by the scripts of this folder and by ./run and ./test: messages, and commands whose output goes to a log.
+# shellcheck shell=bash
 
 readonly log=build/setup.log
 

@@ -1,4 +1,5 @@
 # Packages of Debian, for the scripts that prepare a machine. Needs scripts/common.sh.
+# shellcheck shell=bash
 
 as_root() {
   if [[ $EUID -eq 0 ]]; then
@@ -37,6 +38,7 @@ install_packages() {
 
 # The address of the mirror that this machine takes Debian itself from.
 debian_mirror() {
+  # shellcheck disable=SC2016  # apt-get puts the values in
   apt-get indextargets --format '$(CREATED_BY) $(ORIGIN) $(LABEL) $(COMPONENT) $(REPO_URI)' |
     awk '$1 == "Packages" && $2 == "Debian" && $3 == "Debian" && $4 == "main" { print $5; exit }'
 }

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <regex>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -13,6 +13,15 @@ namespace corvo::test {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+
+using Lines = std::vector<std::string>;
+/// The suites of the project, each with a file that defines tests of it.
+using Suites = std::map<std::string, std::string>;
+
+constexpr std::ptrdiff_t kLongestLine = 160;
 
 std::string ReadFile(const fs::path& file) {
   std::ostringstream text;
@@ -20,55 +29,108 @@ std::string ReadFile(const fs::path& file) {
   return text.str();
 }
 
-/// Every match of the pattern, as the text of its groups.
-std::vector<std::smatch> Matches(const std::string& text, const std::regex& pattern) {
-  return {std::sregex_iterator(text.begin(), text.end(), pattern), std::sregex_iterator()};
+/// The first group of every match of the pattern.
+Lines Matches(const std::string& text, const std::regex& pattern) {
+  return {std::sregex_token_iterator(text.begin(), text.end(), pattern, 1), std::sregex_token_iterator()};
 }
 
-/// The tests of the project, as "Suite.Name".
-std::set<std::string> AllTests(const fs::path& tests) {
-  static const std::regex kDefinition(R"(TEST(?:_F|_P)?\((\w+),\s*(\w+)\))");
-  std::set<std::string> names;
-  for (const auto& entry : fs::recursive_directory_iterator(tests)) {
-    if (entry.path().extension() == ".cc") {
-      const std::string text = ReadFile(entry.path());
-      for (const std::smatch& match : Matches(text, kDefinition)) {
-        names.insert(match.str(1) + "." + match.str(2));
+/// Suites of GoogleTest, and those of tests that CMake names itself.
+Suites SuitesOf(const fs::path& project) {
+  static const std::regex kDefinition(R"(\n(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+))");
+  static const std::regex kCMakeName(R"(\bNAME (\w+)\.)");
+  Suites suites;
+  for (const auto& entry : fs::recursive_directory_iterator(project / "tests")) {
+    const bool is_source = entry.path().extension() == ".cc";
+    if (is_source || entry.path().filename() == "CMakeLists.txt") {
+      for (const std::string& suite : Matches(ReadFile(entry.path()), is_source ? kDefinition : kCMakeName)) {
+        suites[suite] = entry.path().lexically_relative(project).generic_string();
       }
     }
   }
-  return names;
+  return suites;
 }
 
-/// The names in the page's tables; a suite that is left out is the one before. Stars stand for any text.
-std::vector<std::string> NamesOnPage(const std::string& page) {
-  static const std::regex kName(R"(`(\w+|…)\.([\w*]+)`)");
-  std::vector<std::string> names;
-  std::string suite;
-  for (const std::smatch& match : Matches(page, kName)) {
-    suite = match.str(1) == "…" ? suite : match.str(1);
-    names.push_back(suite + "." + match.str(2));
+/// The names in the rows of the page's tables, behind the behaviour. A star stands for the rest of a name.
+Lines NamesOnPage(const std::string& page) {
+  static const std::regex kRow(R"(\n\|[^|\n]*\|([^|\n]*)\|(?=\n))");
+  static const std::regex kName(R"(`(\w+\*?)`)");
+  Lines names;
+  for (const std::string& cell : Matches(page, kRow)) {
+    const Lines more = Matches(cell, kName);
+    names.insert(names.end(), more.begin(), more.end());
   }
   return names;
 }
 
-bool Exists(const std::string& name, const std::set<std::string>& tests) {
-  if (name.find('*') == std::string::npos) {
-    return tests.count(name) != 0;
-  }
-  const std::regex pattern(std::regex_replace(name, std::regex(R"(\*)"), "\\w+"));
-  return std::any_of(tests.begin(), tests.end(), [&](const auto& test) { return std::regex_match(test, pattern); });
+bool Means(const std::string& name, const std::string& suite) {
+  return name.ends_with('*') ? suite.starts_with(name.substr(0, name.size() - 1)) : suite == name;
 }
 
-TEST(BehaviourTable, NamesTestsThatExist) {
-  const fs::path project = CORVO_SOURCE_DIR;
-  const std::set<std::string> tests = AllTests(project / "tests");
-  std::vector<std::string> names = NamesOnPage(ReadFile(project / "docs" / "tests.md"));
-  ASSERT_GT(names.size(), 200u);
+Lines NamesWithoutSuite(const std::string& page, const Suites& suites) {
+  Lines names = NamesOnPage(page);
+  std::erase_if(names, [&](const std::string& name) {
+    return std::any_of(suites.begin(), suites.end(), [&](const auto& suite) { return Means(name, suite.first); });
+  });
+  return names;
+}
 
-  std::erase_if(names, [&tests](const std::string& name) { return Exists(name, tests); });
+Lines SuitesWithoutRow(const std::string& page, const Suites& suites) {
+  const Lines names = NamesOnPage(page);
+  Lines missing;
+  for (const auto& suite : suites) {
+    if (std::none_of(names.begin(), names.end(), [&](const auto& name) { return Means(name, suite.first); })) {
+      missing.push_back("suite " + suite.first + " of " + suite.second + " has no row in docs/tests.md");
+    }
+  }
+  return missing;
+}
 
-  EXPECT_THAT(names, testing::IsEmpty());
+/// Counts characters: a byte that continues one of UTF-8 is none.
+Lines LongLines(const std::string& page) {
+  Lines lines = Matches(page, std::regex(R"(([^\n]+))"));
+  std::erase_if(lines, [](const std::string& line) {
+    return std::count_if(line.begin(), line.end(), [](char byte) { return (byte & 0xC0) != 0x80; }) <= kLongestLine;
+  });
+  return lines;
+}
+
+class BehaviourTable : public testing::Test {
+ protected:
+  const Suites suites_ = SuitesOf(CORVO_SOURCE_DIR);
+  const std::string page_ = ReadFile(fs::path(CORVO_SOURCE_DIR) / "docs" / "tests.md");
+};
+
+TEST_F(BehaviourTable, NamesSuitesThatExist) { EXPECT_THAT(NamesWithoutSuite(page_, suites_), IsEmpty()); }
+
+TEST_F(BehaviourTable, NamesEverySuite) { EXPECT_THAT(SuitesWithoutRow(page_, suites_), IsEmpty()); }
+
+TEST_F(BehaviourTable, HasShortRows) { EXPECT_THAT(LongLines(page_), IsEmpty()); }
+
+TEST_F(BehaviourTable, ReadsSuitesOfEveryKind) {
+  const Lines plain_fixture_parameter_type_and_cmake = {"Layers", "BehaviourTable", "Firewall", "CollectionOf",
+                                                        "Package"};
+  Lines names;
+  std::transform(suites_.begin(), suites_.end(), std::back_inserter(names),
+                 [](const auto& suite) { return suite.first; });
+  EXPECT_THAT(names, IsSupersetOf(plain_fixture_parameter_type_and_cmake));
+}
+
+TEST(BehaviourTableRules, ASuiteThatIsNewOrGoneIsTold) {
+  const Suites suites = {{"Kept", "tests/a/kept_test.cc"}, {"New", "tests/a/new_test.cc"}};
+  const std::string page = "\n| behaviour | suites |\n|---|---|\n| It stays | `Kept`, `Gone` |\n";
+  EXPECT_THAT(NamesWithoutSuite(page, suites), ElementsAre("Gone"));
+  EXPECT_THAT(SuitesWithoutRow(page, suites),
+              ElementsAre("suite New of tests/a/new_test.cc has no row in docs/tests.md"));
+}
+
+TEST(BehaviourTableRules, AStarStandsForTheRestOfAName) {
+  const Suites suites = {{"Cutoff", ""}, {"CutoffText", ""}};
+  EXPECT_THAT(SuitesWithoutRow("\n| Cutoffs | `Cutoff*` |\n", suites), IsEmpty());
+}
+
+TEST(BehaviourTableRules, ALongLineIsTold) {
+  EXPECT_THAT(LongLines(std::string(160, 'x') + "\n" + std::string(161, 'y') + "\n"),
+              ElementsAre(std::string(161, 'y')));
 }
 
 }  // namespace
