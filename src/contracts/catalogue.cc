@@ -6,7 +6,7 @@
 #include "corvo/telemetry/contract/storage/device_performance.pb.h"
 #include "corvo/telemetry/contract/storage/device_profile.pb.h"
 #include "corvo/telemetry/contract/storage/device_usage.pb.h"
-#include "corvo/telemetry/contract/storage/shared_instance.h"
+#include "data_contracts/shared_instance.h"
 
 namespace corvo::telemetry::contracts {
 namespace {

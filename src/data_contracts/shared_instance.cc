@@ -1,4 +1,4 @@
-#include "corvo/telemetry/contract/storage/shared_instance.h"
+#include "data_contracts/shared_instance.h"
 
 #include <map>
 #include <mutex>
