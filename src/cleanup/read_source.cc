@@ -1,4 +1,5 @@
 #include "cleanup/data_cleanup.h"
+
 #include "cleanup/database_location.h"
 #include "cleanup/missing_table_filter.h"
 #include "common/log.h"
@@ -24,6 +25,10 @@ DatabaseMap GroupCatalogue() {
 void LogException(const common::Error& error) { CORVO_LOG(plog::error, kTag) << kTag << " - exception : " << error; }
 
 }  // namespace
+
+DataCleanup::~DataCleanup() = default;
+
+void DataCleanup::Configure(const char* /*input*/) {}
 
 common::Error DataCleanup::ReadSource() {
   Error result;
