@@ -4,7 +4,7 @@
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/missing_table_filter.h"
-#include "cleanup/trim_plan.h"
+#include "cleanup/rules.h"
 #include "common/log.h"
 
 using namespace corvo::telemetry;

@@ -1,7 +1,6 @@
-#include "cleanup/shared_options.h"
-
 #include <google/protobuf/descriptor.pb.h>
 
+#include "cleanup/trimming.h"
 #include "contracts/lookups.h"
 
 namespace corvo::telemetry::cleanup {

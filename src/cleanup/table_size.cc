@@ -2,7 +2,7 @@
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/measurement.h"
-#include "cleanup/statement.h"
+#include "cleanup/operation.h"
 #include "common/log.h"
 #include "contracts/lookups.h"
 

@@ -1,6 +1,6 @@
 #include "cleanup/data_cleanup.h"
 #include "cleanup/missing_table_filter.h"
-#include "cleanup/statement.h"
+#include "cleanup/operation.h"
 #include "contracts/lookups.h"
 
 using namespace corvo::telemetry;

@@ -6,7 +6,7 @@
 #include "cleanup/data_cleanup.h"
 #include "cleanup/database_location.h"
 #include "cleanup/missing_table_filter.h"
-#include "cleanup/statement.h"
+#include "cleanup/operation.h"
 #include "common/log.h"
 #include "contracts/lookups.h"
 

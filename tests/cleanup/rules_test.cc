@@ -1,4 +1,4 @@
-#include "cleanup/trim_plan.h"
+#include "cleanup/rules.h"
 
 #include <gtest/gtest.h>
 

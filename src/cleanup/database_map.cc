@@ -1,7 +1,8 @@
+#include "cleanup/database_map.h"
+
 #include <algorithm>
 #include <cctype>
 
-#include "cleanup/database_map.h"
 #include "contracts/catalogue.h"
 #include "contracts/lookups.h"
 

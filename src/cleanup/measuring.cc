@@ -2,7 +2,7 @@
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/missing_table_filter.h"
-#include "cleanup/statement.h"
+#include "cleanup/operation.h"
 #include "common/log.h"
 #include "contracts/lookups.h"
 

@@ -1,4 +1,4 @@
-#include "cleanup/statement.h"
+#include "cleanup/operation.h"
 
 namespace corvo::telemetry::cleanup {
 namespace {

@@ -1,3 +1,5 @@
+#include "cleanup/trimming.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <vector>
@@ -5,8 +7,7 @@
 #include "cleanup/data_cleanup.h"
 #include "cleanup/database_location.h"
 #include "cleanup/missing_table_filter.h"
-#include "cleanup/shared_options.h"
-#include "cleanup/trim_plan.h"
+#include "cleanup/rules.h"
 
 using namespace corvo::telemetry;
 
