@@ -1,5 +1,4 @@
 #include "cleanup/data_cleanup.h"
-#include "cleanup/missing_table_filter.h"
 #include "cleanup/operation.h"
 #include "contracts/lookups.h"
 
@@ -20,11 +19,10 @@ common::Error DataCleanup::Vacuum(const Message* message) {
     corvo::shared::TelemetryStorage storage(message, "");
     // The statement names no table; a type whose name cannot be read fails here, as in every other operation.
     static_cast<void>(contracts::GetTableName(message));
-    corvo::shared::ICommand* commands[] = {new corvo::shared::SqlCommand("VACUUM;")};
-    result = storage.Execute(commands, 1, false);
+    result = cleanup::TryStatement(storage, "VACUUM;");
   } catch (...) {
-    // One wording whatever was caught: hosts know it.
-    result = cleanup::OperationError("DataCleanup::Vacuum", kHandlerLine, ") message is NULL");
+    // One wording whatever was caught, kept as it is on purpose.
+    result = Error(cleanup::OperationFailure("DataCleanup::Vacuum", kHandlerLine, "message is NULL"));
   }
   cleanup::ClearNoSuchTableError(result);
   return result;

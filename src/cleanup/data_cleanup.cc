@@ -1,7 +1,8 @@
 #include "cleanup/data_cleanup.h"
 
 #include "cleanup/database_location.h"
-#include "cleanup/missing_table_filter.h"
+#include "cleanup/database_map.h"
+#include "cleanup/operation.h"
 #include "common/log.h"
 #include "contracts/catalogue.h"
 #include "contracts/lookups.h"
@@ -12,17 +13,15 @@ namespace {
 
 constexpr const char* kTag = "DataCleanup::ReadSource";
 
-DatabaseMap GroupCatalogue() {
+cleanup::DatabaseMap GroupCatalogue() {
   common::collection::ContractsCollection contracts;
   for (auto* contract : contracts::ContractCatalogue()) {
     contracts.Add(contract);
   }
-  DatabaseMap map;
+  cleanup::DatabaseMap map;
   cleanup::GroupTablesByDatabase(contracts, map);
   return map;
 }
-
-void LogException(const common::Error& error) { CORVO_LOG(plog::error, kTag) << kTag << " - exception : " << error; }
 
 }  // namespace
 
@@ -37,10 +36,10 @@ common::Error DataCleanup::ReadSource() {
     result = CleanDatabases(GroupCatalogue());
   } catch (const std::exception& e) {
     result = Error(e);
-    LogException(result);
+    cleanup::LogException(kTag, result);
   } catch (...) {
     result = common::MakeErrorFromException(std::current_exception());
-    LogException(result);
+    cleanup::LogException(kTag, result);
   }
   CORVO_LOG(plog::info, kTag) << result;
   CORVO_LOG(plog::info, kTag) << "Finished DataCleanup::ReadSource";

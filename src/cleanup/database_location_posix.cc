@@ -1,4 +1,4 @@
-#include "cleanup/entry_exists.h"
+#include "cleanup/database_location.h"
 
 namespace corvo::telemetry::cleanup {
 

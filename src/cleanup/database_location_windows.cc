@@ -1,6 +1,6 @@
 #include <windows.h>
 
-#include "cleanup/entry_exists.h"
+#include "cleanup/database_location.h"
 
 namespace corvo::telemetry::cleanup {
 namespace {

@@ -19,7 +19,7 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
-/// Databases that are never cleaned, in lower case.
+/// Databases that are never cleaned, in lower case. The name of the list is frozen.
 const std::vector<std::string> ExcludedNames = {LowerCase("State")};
 
 bool IsExcluded(const std::string& key) {

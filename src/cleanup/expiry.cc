@@ -1,13 +1,10 @@
-#include <algorithm>
 #include <vector>
 
 #include "cleanup/clock.h"
-#include "cleanup/cutoff.h"
 #include "cleanup/data_cleanup.h"
 #include "cleanup/database_location.h"
-#include "cleanup/missing_table_filter.h"
 #include "cleanup/operation.h"
-#include "common/log.h"
+#include "cleanup/rules.h"
 #include "contracts/lookups.h"
 
 using namespace corvo::telemetry;
@@ -17,7 +14,7 @@ namespace {
 constexpr const char* kTag = "DataCleanup::DeleteExpiredRows";
 
 /// Retentions that keep rows for ever.
-const std::vector<std::uint32_t> no_expiry = {0};
+const std::vector<std::uint32_t> kNoExpiry = {0};
 
 void DeleteRowsBefore(const std::string& cutoff, const std::string& table, corvo::shared::TelemetryStorage& storage) {
   // An empty cutoff is sent all the same: datetime('') is NULL, which no row is older than.
@@ -28,7 +25,7 @@ void DeleteRowsBefore(const std::string& cutoff, const std::string& table, corvo
 
 common::Error DataCleanup::DeleteExpiredRows(const Message* contract, std::uint32_t retention_days) {
   Error result;
-  if (contract == nullptr || std::find(no_expiry.begin(), no_expiry.end(), retention_days) != no_expiry.end()) {
+  if (contract == nullptr || cleanup::IsOff(retention_days, kNoExpiry)) {
     return result;
   }
   try {
@@ -38,9 +35,9 @@ common::Error DataCleanup::DeleteExpiredRows(const Message* contract, std::uint3
     DeleteRowsBefore(cleanup::CutoffText(cutoff), table, storage);
   } catch (Error& e) {
     result = e;
-    CORVO_LOG(plog::error, kTag) << kTag << " - exception : " << result;
+    cleanup::LogException(kTag, result);
   } catch (...) {
-    CORVO_LOG(plog::error, kTag) << kTag << " - exception : : UNKNOWN";
+    cleanup::LogException(kTag, ": UNKNOWN");
     result = common::MakeErrorFromException(std::current_exception());
   }
   cleanup::ClearNoSuchTableError(result);

@@ -1,8 +1,33 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
+#include <optional>
+#include <string>
+#include <vector>
+
+// The rules of the engine as pure functions: what they need, the time included, they are given.
 
 namespace corvo::telemetry::cleanup {
+
+/// Whether the value of an option is one of those that switch its rule off.
+[[nodiscard]] bool IsOff(std::uint32_t value, const std::vector<std::uint32_t>& off_values);
+
+/// The moment before which rows are expired, in seconds since 1970: `now` less the retention in days of 86,400 seconds.
+[[nodiscard]] std::int64_t Cutoff(std::int64_t now, std::uint32_t retention_days);
+
+/// Broken-down UTC of a calendar time in seconds since 1970; none for times before 1970 and after the year 9999.
+[[nodiscard]] std::optional<std::tm> BrokenDownUtc(std::int64_t seconds);
+
+/// The cutoff as text for SQL, for example 2024-05-01T00:00:00+00:00; empty, which no row is older than, for a cutoff
+/// without broken-down UTC.
+///
+/// @throws std::runtime_error when the locale of timestamps is missing on this machine.
+[[nodiscard]] std::string CutoffText(std::int64_t cutoff);
+
+/// Decimal megabytes, to the nearest with halves going up, of a page size in bytes times a page number; 0 unless the
+/// product, formed in 32 bits, is positive.
+[[nodiscard]] std::int32_t Megabytes(std::int32_t page_size, std::int32_t page_number);
 
 /// How many of `count` rows go under a limit of `row_limit` rows: all above the limit less the margin (in percent).
 [[nodiscard]] std::uint32_t RowsOverLimit(std::uint32_t count, std::uint32_t row_limit, double margin_percent);

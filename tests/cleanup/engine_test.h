@@ -6,12 +6,16 @@
 #include <cstdint>
 #include <string>
 
+#include "cleanup/database_map.h"
 #include "cleanup/record_matchers.h"
 #include "support/contract_factory.h"
 #include "support/database.h"
 #include "support/temp_dir.h"
 
 namespace corvo::test {
+
+using telemetry::cleanup::DatabaseEntry;
+using telemetry::cleanup::DatabaseMap;
 
 /// A data directory of its own for every test, and contracts to clean it with. The clock stands at
 /// 2024-05-02T00:00:00 UTC unless a test sets it.

@@ -15,6 +15,8 @@
 
 namespace corvo::test {
 
+using telemetry::cleanup::DatabaseEntry;
+
 /// The engine over a storage library that answers as a test wants.
 class ScriptedTest : public testing::Test {
  protected:
