@@ -38,9 +38,9 @@ std::string GetDatabaseName(const Message* message) {
 }
 
 std::string RemoveDatabaseExtension(std::string name) {
-  static const std::string extension = ".db";
-  if (name.size() > extension.size() && name.ends_with(extension)) {
-    name.resize(name.size() - extension.size());
+  static const std::string kExtension = ".db";
+  if (name.size() > kExtension.size() && name.ends_with(kExtension)) {
+    name.resize(name.size() - kExtension.size());
   }
   return name;
 }

@@ -14,6 +14,6 @@ bool KeepLoaded() {
   return true;
 }
 
-[[maybe_unused]] const bool kept_loaded = KeepLoaded();
+[[maybe_unused]] const bool kKeptLoaded = KeepLoaded();
 
 }  // namespace
