@@ -31,6 +31,7 @@ corvo_install_headers(
   src/storage/storage_options.h
   src/storage/telemetry_storage.h
   "${PROJECT_BINARY_DIR}/include/storage/storage_export.h")
+corvo_install_headers(data_contracts src/data_contracts/shared_instance.h)
 install(DIRECTORY proto/corvo "${PROJECT_BINARY_DIR}/proto/generated/corvo" DESTINATION "${CORVO_INCLUDE_DIR}"
         FILES_MATCHING PATTERN "*.h" PATTERN "*.proto")
 

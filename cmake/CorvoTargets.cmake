@@ -75,13 +75,14 @@ function(corvo_platform_sources target)
   endforeach()
 endfunction()
 
-# A null reference is passed on purpose between these files: neither optimiser nor sanitizer may rely on its absence.
-function(corvo_allow_null_references)
+# A null reference is passed on purpose between these files of a target: neither optimiser nor sanitizer may rely on its
+# absence.
+function(corvo_allow_null_references target)
   if(NOT MSVC)
     set(options -fno-delete-null-pointer-checks)
     if(CORVO_SANITIZE)
       list(APPEND options -fno-sanitize=null)
     endif()
-    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "${options}")
+    set_source_files_properties(${ARGN} TARGET_DIRECTORY ${target} PROPERTIES COMPILE_OPTIONS "${options}")
   endif()
 endfunction()

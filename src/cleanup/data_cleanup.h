@@ -17,6 +17,8 @@ class DataCleanup : public corvo::telemetry::common::TelemetryCollectorBase {
  public:
   using Error = corvo::telemetry::common::Error;
   using Message = google::protobuf::Message;
+  using DatabaseEntry = corvo::telemetry::cleanup::DatabaseEntry;
+  using DatabaseMap = corvo::telemetry::cleanup::DatabaseMap;
 
   ~DataCleanup() override;
 
@@ -55,6 +57,6 @@ class DataCleanup : public corvo::telemetry::common::TelemetryCollectorBase {
   Error CleanDatabase(const DatabaseEntry& database) const;
   Error CleanTable(const Message* contract) const;
 
-  /// Percentage taken off every row and size limit when trimming.
+  /// Percentage taken off every row and size limit when trimming. The spelling is frozen.
   double trimMarginPercent = 10.0;
 };

@@ -1,11 +1,8 @@
 #include "cleanup/database_location.h"
 
-#include <filesystem>
-#include <system_error>
-
-#include "cleanup/entry_exists.h"
 #include "common/log.h"
 #include "contracts/lookups.h"
+#include "storage/database_name.h"
 #include "storage/telemetry_storage.h"
 
 namespace corvo::telemetry::cleanup {
@@ -13,14 +10,15 @@ namespace {
 
 using google::protobuf::Message;
 
-// The same text on every platform: it only serves bare file names, which a pass never meets.
+// The same text on every platform, whatever data directory is set. It serves bare names alone: the marker of an invalid
+// path, and a file that the storage library gives no path for.
 constexpr const char* kDataDirectory = "c:\\ProgramData\\Corvo\\Telemetry\\Data\\";
 
 }  // namespace
 
 std::string GetDatabaseFileName(const Message* message) {
   const std::string name = contracts::GetDatabaseName(message);
-  return name.empty() ? "[INVALID FILE]" : name + ".db";
+  return name.empty() ? "[INVALID FILE]" : shared::AddDatabaseExtension(name);
 }
 
 std::string GetDatabaseFullPathName(const Message* message) {
@@ -37,8 +35,7 @@ std::string GetDatabaseFullPathName(const Message* message) {
       result += file;
     }
   } catch (...) {
-    CORVO_LOG(plog::error, "GetDatabaseFullPathName") << "GetDatabaseFullPathName"
-                                                      << " : exception - UNKNOWN";
+    CORVO_LOG(plog::error, "GetDatabaseFullPathName") << "GetDatabaseFullPathName : exception - UNKNOWN";
   }
   return result;
 }

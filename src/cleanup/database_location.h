@@ -2,6 +2,7 @@
 
 #include <google/protobuf/message.h>
 
+#include <filesystem>
 #include <string>
 
 namespace corvo::telemetry::cleanup {
@@ -9,14 +10,17 @@ namespace corvo::telemetry::cleanup {
 /// File name of the database that holds the contract's rows, for example HealthLog.db; "[INVALID FILE]" for null.
 [[nodiscard]] std::string GetDatabaseFileName(const google::protobuf::Message* message);
 
-/// Full path of that file, whether it exists or not; "[INVALID PATHNAME]" for null or when it cannot be resolved. Never
-/// throws.
+/// Full path of that file, whether it exists or not; the file name alone when the storage library gives no path.
+/// "[INVALID PATHNAME]" for null, and for anything thrown on the way, which is logged; what the log throws leaves here.
 [[nodiscard]] std::string GetDatabaseFullPathName(const google::protobuf::Message* message);
 
-/// Whether an entry of any kind exists at the path; symbolic links are followed. A bare file name is looked up in the
-/// fixed data directory.
+/// Whether an entry of any kind exists at the path; symbolic links are followed. A bare file name is looked up in a
+/// fixed directory, not in the one that a host may have set.
 ///
-/// @throws std::filesystem::filesystem_error when the question cannot be answered.
+/// @throws std::filesystem::filesystem_error naming "exists" when the system cannot say.
 [[nodiscard]] bool DatabaseFileExists(const char* path);
+
+/// As above, with every path taken as it stands.
+[[nodiscard]] bool EntryExists(const std::filesystem::path& path);
 
 }  // namespace corvo::telemetry::cleanup

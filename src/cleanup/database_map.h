@@ -9,6 +9,8 @@
 
 #include "contracts/collection.h"
 
+namespace corvo::telemetry::cleanup {
+
 /// What is to be cleaned in one database.
 struct DatabaseEntry {
   std::uint32_t max_size_mb = 0;                            ///< size limit in decimal megabytes; 0 means none
@@ -17,8 +19,6 @@ struct DatabaseEntry {
 
 /// Lower-cased database name to its entry, in ascending byte order.
 using DatabaseMap = std::map<std::string, DatabaseEntry>;
-
-namespace corvo::telemetry::cleanup {
 
 /// Groups the contracts by database, leaving out the databases that are never cleaned, and attaches each database's
 /// size limit. Consumes the cursor of `contracts`.

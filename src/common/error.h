@@ -9,7 +9,7 @@
 
 namespace corvo::telemetry::common {
 
-/// Where a failure came from. The values are part of the record's contract with hosts.
+/// Where a failure came from. Values and spellings are part of the record's contract with hosts and frozen.
 enum ErrorCategory : std::int32_t {
   EC_NoError = 0,
   EC_Unknown = 1,
@@ -40,6 +40,11 @@ class CORVO_COMMONS_API Error {
 
   Error(const Error&);
   Error& operator=(const Error&);
+
+  /// The record moved from keeps its category and its code; its texts are whatever the strings leave.
+  Error(Error&&) noexcept;
+  Error& operator=(Error&&) noexcept;
+
   virtual ~Error();
 
   /// True when category or code is non-zero.

@@ -53,10 +53,7 @@ std::int32_t ErrorToJson(const Error& error, char* buffer) {
 
 std::string ErrorText(const Error& error) {
   try {
-    std::string text(static_cast<std::size_t>(ErrorToJson(error, nullptr)), '\0');
-    ErrorToJson(error, text.data());
-    text.pop_back();
-    return text;
+    return Serialise(error);
   } catch (...) {
     return "(null)";
   }

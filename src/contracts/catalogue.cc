@@ -6,7 +6,7 @@
 #include "corvo/telemetry/contract/storage/device_performance.pb.h"
 #include "corvo/telemetry/contract/storage/device_profile.pb.h"
 #include "corvo/telemetry/contract/storage/device_usage.pb.h"
-#include "corvo/telemetry/contract/storage/shared_instance.h"
+#include "data_contracts/shared_instance.h"
 
 namespace corvo::telemetry::contracts {
 namespace {
@@ -23,7 +23,7 @@ std::vector<Message*> InstancesOf() {
   return {storage::SharedInstance(Types::default_instance())...};
 }
 
-const std::vector<Message*> contract_catalogue =
+const std::vector<Message*> kContractCatalogue =
     InstancesOf<storage::CollectorCache,                                                               //
                 health::BatteryHealthLog, health::BatteryReportMetricsLog, health::BatteryStatus,      //
                 health::BootHealthLog, health::SleepMetricsLog, health::StorageNVMEHealthLog,          //
@@ -39,14 +39,14 @@ const std::vector<Message*> contract_catalogue =
                 profile::OperatingSystem, profile::Peripherals,                                        //
                 usage::PowerEvents>();
 
-const std::vector<Message*> database_catalogue =
+const std::vector<Message*> kDatabaseCatalogue =
     InstancesOf<storage::Cache, storage::DeviceProfile, storage::DeviceProfileEvents, storage::DeviceUsage,
                 storage::HealthLog, storage::PerformanceSamples>();
 
 }  // namespace
 
-const std::vector<Message*>& ContractCatalogue() { return contract_catalogue; }
+const std::vector<Message*>& ContractCatalogue() { return kContractCatalogue; }
 
-const std::vector<Message*>& DatabaseCatalogue() { return database_catalogue; }
+const std::vector<Message*>& DatabaseCatalogue() { return kDatabaseCatalogue; }
 
 }  // namespace corvo::telemetry::contracts

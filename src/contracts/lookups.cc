@@ -3,6 +3,7 @@
 #include <google/protobuf/descriptor.pb.h>
 
 #include "common/error.h"
+#include "storage/database_name.h"
 #include "storage/telemetry_storage.h"
 
 namespace corvo::telemetry::contracts {
@@ -31,18 +32,10 @@ std::string GetDatabaseName(const Message* message) {
     if (error.Failed()) {
       throw common::Error(error);
     }
-    return RemoveDatabaseExtension(storage.GetDataBaseName());
+    return shared::RemoveDatabaseExtension(storage.GetDataBaseName());
   } catch (...) {
     return message->GetDescriptor()->name();
   }
-}
-
-std::string RemoveDatabaseExtension(std::string name) {
-  static const std::string extension = ".db";
-  if (name.size() > extension.size() && name.ends_with(extension)) {
-    name.resize(name.size() - extension.size());
-  }
-  return name;
 }
 
 }  // namespace corvo::telemetry::contracts

@@ -9,7 +9,8 @@
 namespace corvo::telemetry::contracts {
 
 /// The `persistance` options of the message's type: the type's own shared object, read afresh on every call, or the
-/// default instance (empty texts and zeros, hence no limits) when the type sets none. `message` must not be null.
+/// default instance (empty texts and zeros, hence no limits) when the type sets none. `message` must not be null. The
+/// spelling "persistance" is frozen.
 [[nodiscard]] const contract::storage::PersistanceMessageOptions& GetPersistance(
     const google::protobuf::Message& message);
 
@@ -19,10 +20,7 @@ namespace corvo::telemetry::contracts {
 
 /// Name, without extension, of the database that holds the type's rows, as the storage library resolves it. A type
 /// whose database cannot be resolved or opened counts as living in a database named after the type. Empty for null;
-/// never throws.
+/// throws nothing but std::bad_alloc.
 [[nodiscard]] std::string GetDatabaseName(const google::protobuf::Message* message);
-
-/// Cuts one ".db" off the end of a name that is longer than that.
-[[nodiscard]] std::string RemoveDatabaseExtension(std::string name);
 
 }  // namespace corvo::telemetry::contracts

@@ -17,10 +17,11 @@ using Lines = std::vector<std::string>;
 const std::map<std::string, std::set<std::string>>& AllowedLayers() {
   static const std::map<std::string, std::set<std::string>> layers = {
       {"proto", {}},
+      {"data_contracts", {"proto"}},
       {"common", {}},
       {"framework", {"common"}},
       {"storage", {"proto", "common"}},
-      {"contracts", {"proto", "common", "storage"}},
+      {"contracts", {"proto", "data_contracts", "common", "storage"}},
       {"cleanup", {"proto", "common", "framework", "storage", "contracts"}},
       {"plugin", {"proto", "common", "framework", "storage", "contracts", "cleanup"}},
       {"host", {"proto", "common", "framework", "storage", "contracts"}},

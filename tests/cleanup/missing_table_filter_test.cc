@@ -1,10 +1,9 @@
-#include "cleanup/missing_table_filter.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
+#include "cleanup/operation.h"
 
 namespace corvo::telemetry::cleanup {
 namespace {

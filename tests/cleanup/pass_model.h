@@ -12,6 +12,9 @@
 
 namespace corvo::test {
 
+using telemetry::cleanup::DatabaseEntry;
+using telemetry::cleanup::DatabaseMap;
+
 /// One row, known by its value; its age is none when its time cannot be read.
 struct ModelRow {
   std::int64_t value;

@@ -6,7 +6,7 @@
 #include <set>
 #include <thread>
 
-#include "corvo/telemetry/contract/storage/shared_instance.h"
+#include "data_contracts/shared_instance.h"
 
 namespace corvo::test {
 namespace {

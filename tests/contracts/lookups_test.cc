@@ -7,6 +7,7 @@
 #include "contracts/catalogue.h"
 #include "corvo/telemetry/contract/storage/databases.pb.h"
 #include "corvo/telemetry/contract/storage/device_profile.pb.h"
+#include "storage/database_name.h"
 #include "storage/storage_options.h"
 #include "support/database.h"
 #include "support/log_capture.h"
@@ -23,7 +24,7 @@ using telemetry::contracts::DatabaseCatalogue;
 using telemetry::contracts::GetDatabaseName;
 using telemetry::contracts::GetPersistance;
 using telemetry::contracts::GetTableName;
-using telemetry::contracts::RemoveDatabaseExtension;
+using shared::RemoveDatabaseExtension;
 
 struct NameCase {
   const Message* contract;
