@@ -56,9 +56,9 @@ namespace {
 DynamicArray<Column> Columns(const std::vector<std::string>& texts) {
   // Two columns more than are counted: reading past the end gives a wrong number, not an accident.
   const std::shared_ptr<Column[]> columns(new Column[texts.size() + 2]);
-  for (std::size_t column = 0; column < texts.size() + 2; ++column) {
-    columns[column] = Column(column < texts.size() ? texts[column].c_str() : "1000");
-  }
+  const auto end = std::transform(texts.begin(), texts.end(), columns.get(),
+                                  [](const std::string& text) { return Column(text.c_str()); });
+  std::fill_n(end, 2, Column("1000"));
   return {columns, columns.get(), static_cast<std::int32_t>(texts.size())};
 }
 
