@@ -182,7 +182,7 @@ Error Connection::RunWrite(sqlite3_stmt* statement, const Parameters& parameters
   }
   Error result = shared::Run(statement, parameters, results);
   if (options_.check_soundness) {
-    KeepVerdict(handle_, files_.database);
+    KeepVerdict(handle_, files_.database, result);
   }
   return result;
 }

@@ -109,6 +109,11 @@ void Restamp(const std::string& file, const Stamp& stamp) noexcept {
   }
 }
 
+void Forget(const std::string& file) noexcept {
+  const std::lock_guard lock(mutex);
+  verdicts.erase(file);
+}
+
 bool IsKnownAsItStands(const std::string& file, const Stamp& now) noexcept {
   const std::lock_guard lock(mutex);
   const auto known = verdicts.find(file);
@@ -130,7 +135,13 @@ Error CheckSoundness(sqlite3* handle, const std::string& file) {
   return result;
 }
 
-void KeepVerdict(sqlite3* handle, const std::string& file) noexcept { Restamp(file, StampOf(handle, file)); }
+void KeepVerdict(sqlite3* handle, const std::string& file, const Error& result) noexcept {
+  if (IsDamaged(result)) {
+    Forget(file);
+  } else {
+    Restamp(file, StampOf(handle, file));
+  }
+}
 
 void CloseKeepingVerdict(sqlite3* handle, const std::string& file) noexcept {
   const Stamp before = StampOf(handle, file);

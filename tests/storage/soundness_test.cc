@@ -1,0 +1,121 @@
+// What is remembered of a file between the statements of a visit.
+#include <sqlite3.h>
+
+#include <fstream>
+
+#include "storage/storage_fixture.h"
+
+namespace corvo::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kDelete = "DELETE FROM Samples WHERE id = 1";
+
+class Soundness : public StorageTest {
+ protected:
+  Soundness() {
+    CreateSamples(2000);
+    Database(file_).Run("CREATE INDEX ByValue ON Samples(v)");
+  }
+
+  /// A first statement, which looks through the file.
+  void Visit() {
+    TelemetryStorage storage(file_.c_str(), "");
+    ASSERT_THAT(RunSql(storage, kDelete), Succeeds());
+  }
+
+  /// Rows without entries in the index, made by transactions of SQLite.
+  static void SpoilIndex(const std::string& file) {
+    Database database(file);
+    const std::string index = database.Query("SELECT sql FROM sqlite_schema WHERE name = 'ByValue'").at(0).at(0);
+    const std::string root = database.Query("SELECT rootpage FROM sqlite_schema WHERE name = 'ByValue'").at(0).at(0);
+    database.Run("PRAGMA writable_schema=ON; DELETE FROM sqlite_schema WHERE name = 'ByValue'");
+    Database(file).Run("INSERT INTO Samples(v) VALUES('without an entry')");
+    Database(file).Run("PRAGMA writable_schema=ON; INSERT INTO sqlite_schema VALUES('index', 'ByValue', 'Samples', " +
+                       root + ", '" + index + "')");
+  }
+
+  /// Zeros in the middle of the file, behind SQLite's back.
+  void OverwriteAPage() {
+    std::fstream stream(file_, std::ios::binary | std::ios::in | std::ios::out);
+    stream.seekp(3 * 4096);
+    stream << std::string(4096, '\0');
+    stream.close();
+    // The clock of files is coarse.
+    fs::last_write_time(file_, fs::last_write_time(file_) + std::chrono::seconds(1));
+  }
+
+  Error Delete() {
+    TelemetryStorage storage(file_.c_str(), "");
+    return RunSql(storage, "DELETE FROM Samples WHERE id = 2");
+  }
+};
+
+TEST_F(Soundness, CountsTheEntriesOfEachIndex) {
+  SpoilIndex(file_);
+
+  EXPECT_THAT(Delete(), FailsWith(SQLITE_CORRUPT,
+                                  "database disk image is malformed: the index ByValue has 2000 entries "
+                                  "for the 2001 rows of Samples"));
+
+  EXPECT_EQ(Database(file_).Query("SELECT COUNT(*) FROM Samples NOT INDEXED").at(0).at(0), "2001");
+}
+
+TEST_F(Soundness, IsRememberedThroughTransactionsOfOtherPrograms) {
+  Visit();
+  SpoilIndex(file_);
+
+  EXPECT_THAT(Delete(), Succeeds()) << "checked again, the file would be refused";
+}
+
+TEST_F(Soundness, OfAFileThatWasReplacedIsNotRemembered) {
+  fs::copy_file(file_, dir_ / "Other.db");
+  SpoilIndex(dir_ / "Other.db");
+  Visit();
+  fs::rename(dir_ / "Other.db", file_);
+
+  EXPECT_THAT(Delete(), FailsWith(SQLITE_CORRUPT, HasSubstr("the index ByValue")));
+}
+
+TEST_F(Soundness, OfAFileThatWasCutIsNotRemembered) {
+  Visit();
+  fs::resize_file(file_, fs::file_size(file_) - 4096);
+
+  EXPECT_THAT(Delete(), FailsWith(SQLITE_CORRUPT, StartsWith("database disk image is malformed")));
+}
+
+TEST_F(Soundness, OfAFileThatWasChangedOtherThanBySqliteIsNotRemembered) {
+  Visit();
+  OverwriteAPage();
+
+  EXPECT_THAT(Delete(), FailsWith(SQLITE_CORRUPT, StartsWith("database disk image is malformed: ")));
+}
+
+TEST_F(Soundness, OfADamagedFileIsSeenAgainOnceItWasMended) {
+  fs::copy_file(file_, dir_ / "Kept.db");
+  OverwriteAPage();
+  ASSERT_THAT(Delete(), FailsWith(SQLITE_CORRUPT, testing::_));
+  fs::rename(dir_ / "Kept.db", file_);
+
+  EXPECT_THAT(Delete(), Succeeds());
+}
+
+TEST_F(Soundness, IsNotAskedForWhenTheOptionIsOff) {
+  const OptionScope off(&shared::StorageOptions::check_soundness, false);
+  SpoilIndex(file_);
+
+  EXPECT_THAT(Delete(), Succeeds());
+}
+
+TEST_F(Soundness, DoesNotMatterToReading) {
+  SpoilIndex(file_);
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples NOT INDEXED"), "2001");
+}
+
+}  // namespace
+}  // namespace corvo::test
