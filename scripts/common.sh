@@ -23,11 +23,16 @@ quietly() {
   fi
 }
 
+# configure <preset>
+configure() {
+  quietly "configuring" "Did scripts/setup finish? A stale folder build/$1 can be deleted." cmake --preset "$1"
+}
+
 # build <preset> [target...]: configures a preset and builds it, all of it unless targets are named.
 build() {
   local preset=$1
   shift
   say "configuring and building the $preset preset (log: $log)"
-  quietly "configuring" "Did scripts/setup finish? A stale folder build/$preset can be deleted." cmake --preset "$preset"
+  configure "$preset"
   quietly "building" "The first line with 'error:' says why." cmake --build --preset "$preset" ${1:+--target "$@"}
 }

@@ -76,7 +76,7 @@ struct CategoryText {
   std::int32_t value;
   const char* text;
 
-  friend void PrintTo(const CategoryText& value, std::ostream* stream) { *stream << value.value; }
+  friend void PrintTo(const CategoryText& category, std::ostream* stream) { *stream << category.value; }
 };
 
 class ErrorToJsonCategory : public testing::TestWithParam<CategoryText> {};

@@ -27,7 +27,9 @@ struct FieldCase {
   int value;
   const char* text;  // empty for a value out of range
 
-  friend void PrintTo(const FieldCase& value, std::ostream* stream) { *stream << value.name << ' ' << value.value; }
+  friend void PrintTo(const FieldCase& field_case, std::ostream* stream) {
+    *stream << field_case.name << ' ' << field_case.value;
+  }
 };
 
 class FormatUtcTimeField : public testing::TestWithParam<FieldCase> {};

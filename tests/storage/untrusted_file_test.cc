@@ -121,7 +121,7 @@ struct Option {
   const char* pragma;
   const char* value;
 
-  friend void PrintTo(const Option& value, std::ostream* stream) { *stream << value.pragma; }
+  friend void PrintTo(const Option& option, std::ostream* stream) { *stream << option.pragma; }
 };
 
 class ConnectionOptions : public StorageTest, public testing::WithParamInterface<Option> {};

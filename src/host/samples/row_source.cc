@@ -82,7 +82,11 @@ Value RowSource::MakeValue(const FieldDescriptor& field, std::int64_t time) {
 std::string RowSource::MakeText(const std::string& field) {
   std::string text;
   if (Contains(field, "version")) {
-    text = fmt::format("{}.{}.{}", Below(10), Below(30), Below(1000));
+    // One by one: compilers differ in the order in which they evaluate arguments.
+    const std::int64_t patch = Below(1000);
+    const std::int64_t minor = Below(30);
+    const std::int64_t major = Below(10);
+    text = fmt::format("{}.{}.{}", major, minor, patch);
   } else if (Contains(field, "_id") || Contains(field, "serial")) {
     text = fmt::format("{:08X}", Below(4'294'967'296));
   } else {
