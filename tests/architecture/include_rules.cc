@@ -29,6 +29,23 @@ const std::map<std::string, std::set<std::string>>& AllowedLayers() {
   return layers;
 }
 
+// What each floor of the host may include besides itself.
+const std::map<std::string, std::set<std::string>>& AllowedFloors() {
+  static const std::map<std::string, std::set<std::string>> floors = {
+      {"platform", {}},
+      {"show", {"platform"}},
+      {"facts", {"platform", "show"}},
+      {"pass", {"platform", "show", "facts"}},
+      {"samples", {"platform", "show", "facts"}},
+      {"cli", {"platform", "show", "facts", "pass", "samples"}},
+      {"main.cc", {"platform", "cli"}},
+  };
+  return floors;
+}
+
+// Texts and documents are made of what was found: of its types, which are plain values, and of nothing else there.
+constexpr const char* kTypesShowKnows = "host/facts/run_report.h";
+
 bool Matches(const std::string& text, const char* pattern) { return std::regex_search(text, std::regex(pattern)); }
 
 std::string LayerOfFile(const std::string& path) {
@@ -38,6 +55,12 @@ std::string LayerOfFile(const std::string& path) {
 
 std::string LayerOfHeader(const std::string& header) {
   return header.starts_with("corvo/telemetry/contract/") ? "proto" : header.substr(0, header.find('/'));
+}
+
+// The part of a path behind "host/": the floor's name.
+std::string FloorOf(const std::string& path) {
+  std::smatch match;
+  return std::regex_search(path, match, std::regex("^(?:src/)?host/([^/]+)")) ? match[1].str() : "";
 }
 
 // The lines of the file that match the pattern, without those whose first group the predicate lets pass.
@@ -84,6 +107,21 @@ Lines WrongWayIncludes(const SourceFile& file) {
   return Offences(file, "^\\s*(?:#\\s*include|import)\\s*\"([^\"]+)\"", [&](const std::string& header) {
     const std::string target = LayerOfHeader(header);
     return target == layer || allowed->second.contains(target) || header.starts_with("google/protobuf/");
+  });
+}
+
+Lines WrongWayFloors(const SourceFile& file) {
+  const std::string floor = FloorOf(file.path);
+  if (floor.empty()) {
+    return {};
+  }
+  const auto allowed = AllowedFloors().find(floor);
+  if (allowed == AllowedFloors().end()) {
+    return {file.path + ": " + floor + " has no place among the floors of the host"};
+  }
+  return Offences(file, "^\\s*#\\s*include\\s*\"(host/[^\"]+)\"", [&](const std::string& header) {
+    const std::string target = FloorOf(header);
+    return target == floor || allowed->second.contains(target) || (floor == "show" && header == kTypesShowKnows);
   });
 }
 

@@ -20,6 +20,9 @@ struct SourceFile {
 /// A layer includes itself and the layers below it. Project headers are spelled from src/ or proto/.
 [[nodiscard]] std::vector<std::string> WrongWayIncludes(const SourceFile& file);
 
+/// A floor of the host (src/host/<floor>/) includes itself and the floors below it. Files elsewhere keep the rule.
+[[nodiscard]] std::vector<std::string> WrongWayFloors(const SourceFile& file);
+
 /// SQLite is seen by the sources of src/storage and by the one file that makes sample databases.
 [[nodiscard]] std::vector<std::string> StraySqliteIncludes(const SourceFile& file);
 

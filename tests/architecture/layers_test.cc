@@ -22,6 +22,8 @@ std::vector<std::string> OffencesInTheProject(Rule rule) {
 
 TEST(Layers, IncludesRunOneWay) { EXPECT_THAT(OffencesInTheProject(WrongWayIncludes), IsEmpty()); }
 
+TEST(Layers, IncludesRunOneWayWithinTheHost) { EXPECT_THAT(OffencesInTheProject(WrongWayFloors), IsEmpty()); }
+
 TEST(Layers, OnlyStorageSourcesAndTheSampleGeneratorSeeSqlite) {
   EXPECT_THAT(OffencesInTheProject(StraySqliteIncludes), IsEmpty());
 }
@@ -42,6 +44,26 @@ TEST(LayerRules, TheHostReachesTheEngineOnlyByLoadingTheModule) {
     EXPECT_THAT(WrongWayIncludes({"src/host/main.cc", std::string("#include \"") + header + "\""}), SizeIs(1));
   }
   EXPECT_THAT(WrongWayIncludes({"src/host/main.cc", "#include \"contracts/catalogue.h\""}), IsEmpty());
+}
+
+TEST(LayerRules, AnIncludeOfAHigherFloorOfTheHostIsAnOffence) {
+  const SourceFile file{"src/host/show/failure.cc",
+                        "#include \"host/show/failure.h\"\n#include \"host/cli/commands.h\""};
+  EXPECT_THAT(WrongWayFloors(file), ElementsAre("src/host/show/failure.cc: #include \"host/cli/commands.h\""));
+  EXPECT_THAT(WrongWayFloors({"src/host/facts/inventory.cc", "#include \"host/pass/logging.h\""}), SizeIs(1));
+  EXPECT_THAT(WrongWayFloors({"src/host/pass/logging.cc", "#include \"host/samples/row_source.h\""}), SizeIs(1));
+  EXPECT_THAT(WrongWayFloors({"src/host/pass/logging.cc", "#include \"host/show/failure.h\""}), IsEmpty());
+}
+
+TEST(LayerRules, TextsKnowTheTypesOfWhatWasFoundAndNothingElseThere) {
+  EXPECT_THAT(WrongWayFloors({"src/host/show/run_text.h", "#include \"host/facts/run_report.h\""}), IsEmpty());
+  EXPECT_THAT(WrongWayFloors({"src/host/show/run_text.h", "#include \"host/facts/inventory.h\""}), SizeIs(1));
+}
+
+TEST(LayerRules, AFileOfTheHostThatIsOnNoFloorIsAnOffence) {
+  EXPECT_THAT(WrongWayFloors({"src/host/attic/old.cc", ""}), SizeIs(1));
+  EXPECT_THAT(WrongWayFloors({"src/host/units.cc", ""}), SizeIs(1));
+  EXPECT_THAT(WrongWayFloors({"src/storage/connection.cc", "#include \"host/cli/commands.h\""}), IsEmpty());
 }
 
 TEST(LayerRules, AHeaderWithoutItsFolderIsAnOffence) {

@@ -31,7 +31,15 @@ TEST_P(AdviceOnStorage, LooksAtTheLowByteOfExtendedCodes) {
 INSTANTIATE_TEST_SUITE_P(Kinds, AdviceOnStorage,
                          testing::Values(Case{5, "Another program"}, Case{6, "Another program"}, Case{8, "this user"},
                                          Case{14, "this user"}, Case{11, "damaged"}, Case{26, "damaged"},
-                                         Case{13, "space"}, Case{10, "space"}, Case{1, "log"}));
+                                         Case{13, "space"}, Case{10, "space"}, Case{1, "log"}, Case{9, "--time-limit"},
+                                         Case{7, "--memory-limit"}, Case{18, "larger than"},
+                                         Case{23, "no collector makes"}));
+
+TEST(Advice, OnADamagedFileSavesItsRowsBeforeItIsMovedAway) {
+  const std::string advice = Advice(StorageResult(11));
+  EXPECT_LT(advice.find("Keep a copy"), advice.find(".recover"));
+  EXPECT_LT(advice.find(".recover"), advice.find("move it away"));
+}
 
 TEST(Advice, PointsToTheLogWhenNothingBetterIsKnown) {
   EXPECT_THAT(Advice({{"category", "EC_Unknown"}, {"code", 1}}), HasSubstr("--log-level"));

@@ -47,6 +47,9 @@ INSTANTIATE_TEST_SUITE_P(All, WrongUsage,
                                          Words{"run", "--data-dir"}, Words{"run", "--data-dir", "DIR", "--passes", "0"},
                                          Words{"run", "--data-dir", "DIR", "--passes", "many"},
                                          Words{"run", "--data-dir", "DIR", "--log-level", "loud"},
+                                         Words{"run", "--data-dir", "DIR", "--time-limit", "-1"},
+                                         Words{"run", "--data-dir", "DIR", "--memory-limit", "much"},
+                                         Words{"run", "--data-dir", "DIR", "--busy-timeout", "3601"},
                                          Words{"run", "--data-dir", "DIR", "more"},
                                          Words{"generate", "--data-dir", "DIR", "--scale", "0"},
                                          Words{"generate", "--data-dir", "DIR", "--days", "0"},
@@ -67,7 +70,8 @@ TEST_P(Help, NamesEveryOption) {
 
 INSTANTIATE_TEST_SUITE_P(Commands, Help,
                          testing::Values(Words{"generate", "data-dir", "seed", "scale", "days", "now", "force"},
-                                         Words{"run", "data-dir", "plugin", "passes", "json", "log-level", "log-file"},
+                                         Words{"run", "data-dir", "plugin", "passes", "json", "log-level", "log-file",
+                                               "time-limit", "memory-limit", "busy-timeout"},
                                          Words{"contracts", "json"}));
 
 TEST(Help, OfTheProgramNamesCommandsAndExitCodes) {
@@ -88,6 +92,12 @@ TEST(Output, ThatIsLostIsAFailure) {
   const HostRun run = RunHostOnFullDisk({"contracts", "--json"});
   EXPECT_EQ(run.exit_code, 1);
   EXPECT_THAT(run.err, HasSubstr("cannot write standard output"));
+}
+
+TEST(Output, ThatNobodyTakesStillLeavesTheExitCode) {
+  EXPECT_EQ(RunHostMute({"clean"}).exit_code, 2);
+  EXPECT_EQ(RunHostMute({"run", "--json"}).exit_code, 2);
+  EXPECT_EQ(RunHostMute({"contracts"}).exit_code, 1);
 }
 
 TEST(Version, IsANumberOfThreeParts) {

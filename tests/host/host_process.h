@@ -27,4 +27,7 @@ HostRun RunHostOnTerminal(const std::vector<std::string>& arguments, const std::
 /// Runs the host program with a standard output that takes nothing.
 HostRun RunHostOnFullDisk(const std::vector<std::string>& arguments);
 
+/// Runs the host program with standard streams that take nothing.
+HostRun RunHostMute(const std::vector<std::string>& arguments);
+
 }  // namespace corvo::test

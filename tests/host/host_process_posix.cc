@@ -125,4 +125,8 @@ HostRun RunHostOnFullDisk(const std::vector<std::string>& arguments) {
   return {exit_code, "", Content(folder / "err")};
 }
 
+HostRun RunHostMute(const std::vector<std::string>& arguments) {
+  return {ExitCode(Start(arguments, {}, Streams("/dev/full", "/dev/full"))), "", ""};
+}
+
 }  // namespace corvo::test

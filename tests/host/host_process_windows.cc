@@ -53,4 +53,11 @@ HostRun RunHostOnFullDisk(const std::vector<std::string>& arguments) {
   return {exit_code, "", Content(folder / "err")};
 }
 
+HostRun RunHostMute(const std::vector<std::string>& arguments) {
+  const TempDir folder;
+  const Handle out = Open(folder / "out", GENERIC_READ, CREATE_ALWAYS);
+  const Handle err = Open(folder / "err", GENERIC_READ, CREATE_ALWAYS);
+  return {Run(arguments, {}, out, err), "", ""};
+}
+
 }  // namespace corvo::test

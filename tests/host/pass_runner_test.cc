@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <cstring>
+#include <stdexcept>
 
 #include "storage/statement_observer.h"
 
@@ -60,7 +61,26 @@ TEST_P(UselessOutput, CountsAsAFailedPass) {
   EXPECT_THAT(result["what"].get<std::string>(), testing::HasSubstr("gave no result"));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, UselessOutput, testing::Values(nullptr, "", "(null)", "[]", "{}", R"({"code":0})"));
+INSTANTIATE_TEST_SUITE_P(All, UselessOutput,
+                         testing::Values(nullptr, "", "(null)", "[]", "{}", R"({"code":0})",
+                                         R"({"category":1,"code":0})", R"({"category":"EC_NoError","code":"0"})"));
+
+/// A module that does what none should.
+class ThrowingModule : public shared::plugin::IDynamicPluginModule {
+ public:
+  void Execute(const char*, char*) override {}
+  void Execute(const char*, char*&, const PluginBufferAllocator&) override { throw std::runtime_error("from inside"); }
+};
+
+TEST(RunPasses, CountsAnExceptionOfTheModuleAsAFailedPass) {
+  const auto former = shared::GetStatementObserver();
+  ThrowingModule module;
+  const auto outcomes = RunPasses(module, 2, false);
+  ASSERT_EQ(outcomes.size(), 1U);
+  EXPECT_EQ(outcomes.back().result["category"], "EC_Std");
+  EXPECT_EQ(outcomes.back().result["what"], "from inside");
+  EXPECT_EQ(shared::GetStatementObserver(), former);
+}
 
 TEST(RunPasses, PutsTheStatementObserverBack) {
   const auto former = shared::GetStatementObserver();

@@ -89,6 +89,16 @@ TEST_F(RunFailure, OfADamagedDatabaseShowsUnknownCountsAndAdvice) {
   EXPECT_THAT(run.out, HasSubstr("move it away"));
 }
 
+TEST_F(RunFailure, SendsNoControlCharacterOfTheFileToATerminal) {
+  Generate();
+  Database(File("Cache.db"))
+      .Run("PRAGMA writable_schema = ON; UPDATE sqlite_schema SET name = char(27) || '[2J', sql = 'CREATE nothing'");
+  const HostRun run = Run();
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_THAT(run.out, HasSubstr("The pass failed in " + File("Cache.db").string()));
+  EXPECT_THAT(run.out + run.err, testing::Not(HasSubstr("\x1b")));
+}
+
 TEST_F(RunFailure, OfAPassEndsTheRun) {
   Generate();
   std::ofstream(File("Cache.db"), std::ios::trunc) << "this is no database, but it is long enough to look at";

@@ -42,6 +42,28 @@ TEST(RunDocument, OfARunThatDidNotBeginHasTheRecordAndNoDatabases) {
                             "databases": [], "seconds": 0.0})"));
 }
 
+TEST(ErrorJson, IsReadBackAsTheSameRecord) {
+  common::Error error;
+  error.category = common::EC_Custom;
+  error.code = 267;
+  error.what = "database disk image is malformed";
+  error.type = "sqlite3";
+  error.origin = "here";
+  const common::Error read = ReadError(ErrorJson(error));
+  EXPECT_EQ(read.category, error.category);
+  EXPECT_EQ(read.code, error.code);
+  EXPECT_EQ(read.what, error.what);
+  EXPECT_EQ(read.type, error.type);
+  EXPECT_EQ(read.origin, error.origin);
+}
+
+TEST(ErrorJson, OfAStrangeObjectReadsAsAnUnknownFailure) {
+  const common::Error read = ReadError(Json::parse(R"({"category":7,"code":"x","what":null,"type":[]})"));
+  EXPECT_EQ(read.category, common::EC_Unknown);
+  EXPECT_EQ(read.code, 0);
+  EXPECT_EQ(read.what, "");
+}
+
 TEST(ErrorJson, ReplacesBytesThatAreNotUtf8) {
   common::Error error;
   error.what = "directory \xff";

@@ -36,9 +36,12 @@ TEST(RunText, SaysWhereAPassFailedWhyAndWhatToDo) {
   report.passes.back().result =
       Json::parse(R"({"category":"EC_Custom","code":26,"type":"sqlite3","what":"file is not a database"})");
   report.passes.back().failed_database = "/data/HealthLog.db";
-  EXPECT_THAT(RunText(report, false),
-              EndsWith("The pass failed in /data/HealthLog.db: file is not a database (EC_Custom 26)\n"
-                       "The file is damaged: move it away, its collector makes a new one.\n"));
+  EXPECT_THAT(
+      RunText(report, false),
+      EndsWith(
+          "The pass failed in /data/HealthLog.db: file is not a database (EC_Custom 26)\n"
+          "The file is damaged and stays as it is. Keep a copy; the rows that can still be read come out as SQL with\n"
+          "sqlite3 FILE .recover. Then move it away: its collector makes a new one.\n"));
 }
 
 TEST(RunText, SaysWhenThereWasNothingToClean) {

@@ -31,6 +31,18 @@ TEST(HumanBytes, NeverRoundsUpToAThousand) {
   EXPECT_EQ(HumanBytes(999'950), "1.0 MB");
 }
 
+TEST(Printable, SendsNoControlCharacterToATerminal) {
+  EXPECT_EQ(Printable("table \x1b[2J\r\n\x7f"), "table ?[2J???");
+  EXPECT_EQ(Printable("\xc2\x9b"
+                      "2J"),
+            "??2J");
+}
+
+TEST(Printable, KeepsEveryOtherCharacter) {
+  EXPECT_EQ(Printable(""), "");
+  EXPECT_EQ(Printable("Gerät Ж 日本 \xc2\xa0"), "Gerät Ж 日本 \xc2\xa0");
+}
+
 TEST(Counted, TellsOneFromMany) {
   EXPECT_EQ(Counted(0, "row"), "0 rows");
   EXPECT_EQ(Counted(1, "row"), "1 row");

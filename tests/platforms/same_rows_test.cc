@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "cleanup/data_cleanup.h"
-#include "host/cli/generate_command.h"
+#include "host/cli/commands.h"
 #include "storage/storage_options.h"
 #include "support/database.h"
 #include "support/fake_clock.h"

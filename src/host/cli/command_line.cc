@@ -9,12 +9,11 @@
 #include <sstream>
 #include <string_view>
 
-#include "host/cli/contracts_command.h"
-#include "host/cli/generate_command.h"
-#include "host/cli/run_command.h"
+#include "host/cli/commands.h"
 #include "host/pass/logging.h"
 #include "host/show/failure.h"
 #include "host/show/json_text.h"
+#include "host/show/standard_error.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -69,6 +68,19 @@ void AddRun(CLI::App& app, RunOptions& options) {
       ->check(CLI::IsMember(LogLevels()))
       ->default_str(kDefaultLogLevel);
   command.add_option("--log-file", options.log_file, "File to log to instead of standard error")->type_name("FILE");
+  command.add_option("--time-limit", options.time_limit_s, "Longest that one statement may run; 0 for any time")
+      ->check(CLI::Range(0, 86'400))
+      ->type_name("SECONDS")
+      ->capture_default_str();
+  command.add_option("--memory-limit", options.memory_limit_mb, "Most memory that SQLite may hold; 0 for any amount")
+      ->check(CLI::Range(0, 1'000'000))
+      ->type_name("MB")
+      ->capture_default_str();
+  command
+      .add_option("--busy-timeout", options.busy_timeout_s, "Longest wait for a lock of another program; 0 for none")
+      ->check(CLI::Range(0, 3'600))
+      ->type_name("SECONDS")
+      ->capture_default_str();
 }
 
 void AddContracts(CLI::App& app, bool& json) {
@@ -123,6 +135,9 @@ ExitCode ParseAndRun(int argc, char** argv, bool json) {
                                       : Fail(CommandFailure(kUsage, fmt::format("{}; see --help", error.what())), json);
   } catch (const CommandFailure& failure) {
     return Fail(failure, json);
+  } catch (const std::exception& error) {
+    ReportFailure(common::Error(error), json);
+    return kPassFailed;
   }
 }
 
@@ -131,20 +146,20 @@ int FlushOutput(int exit_code) {
   if (std::fflush(stdout) == 0) {
     return exit_code;
   }
-  fmt::print(stderr, "corvo-telemetry-host: cannot write standard output: {}\n", std::strerror(errno));
+  Tell(fmt::format("cannot write standard output: {}", std::strerror(errno)));
   return exit_code == kDone ? kPassFailed : exit_code;
 }
 
 }  // namespace
 
 int RunCommandLine(int argc, char** argv) noexcept {
-  // Known before the command line is understood, so that a wrong one is answered in JSON as well.
-  const bool json = std::any_of(argv, argv + argc, [](const char* word) { return std::string_view(word) == "--json"; });
   try {
+    // Known before the command line is understood, so that a wrong one is answered in JSON as well.
+    const bool json =
+        std::any_of(argv, argv + argc, [](const char* word) { return std::string_view(word) == "--json"; });
     return FlushOutput(ParseAndRun(argc, argv, json));
-  } catch (const std::exception& error) {
-    ReportFailure(common::Error(error), json);
-    return FlushOutput(kPassFailed);
+  } catch (...) {
+    return kPassFailed;  // what failed could not even be told
   }
 }
 

@@ -1,7 +1,6 @@
-#include "host/cli/contracts_command.h"
-
 #include <fmt/core.h>
 
+#include "host/cli/commands.h"
 #include "host/facts/catalogue_view.h"
 #include "host/platform/platform.h"
 #include "host/show/json_text.h"

@@ -1,20 +1,19 @@
-#include "host/cli/generate_command.h"
-
 #include <fmt/core.h>
 #include <fmt/format.h>
 
 #include <filesystem>
 
 #include "common/text.h"
+#include "host/cli/commands.h"
 #include "host/facts/catalogue_view.h"
 #include "host/platform/platform.h"
 #include "host/samples/database_writer.h"
 #include "host/samples/generation_plan.h"
 #include "host/samples/row_source.h"
 #include "host/samples/time_text.h"
-#include "host/show/json_text.h"
 #include "host/show/text_table.h"
 #include "host/show/units.h"
+#include "storage/database_name.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -32,7 +31,7 @@ void MakeDirectory(const fs::path& directory) {
 
 void RefuseDatabases(const fs::path& directory) {
   for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-    if (entry.path().extension() == ".db") {
+    if (entry.path().extension() == shared::kDatabaseExtension) {
       throw CommandFailure(kUsage,
                            fmt::format("{} already holds databases ({}); --force replaces those of the catalogue",
                                        common::Utf8(directory), common::Utf8(entry.path().filename())));
@@ -43,8 +42,9 @@ void RefuseDatabases(const fs::path& directory) {
 // Journals too: an old one would be played back into the new file.
 void RemoveDatabases(const fs::path& directory, const CatalogueView& catalogue) {
   for (const DatabaseView& database : catalogue.databases) {
-    for (const char* suffix : {".db", ".db-journal", ".db-wal", ".db-shm"}) {
-      fs::remove(directory / (database.database + suffix));
+    const std::string file = shared::AddDatabaseExtension(database.database);
+    for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
+      fs::remove(directory / (file + suffix));
     }
   }
 }
@@ -98,7 +98,7 @@ ExitCode GenerateCommand(const GenerateOptions& options) {
   std::int64_t total_rows = 0;
   std::int64_t total_bytes = 0;
   for (const DatabasePlan& database : plan.databases) {
-    const fs::path file = directory / (database.database + ".db");
+    const fs::path file = directory / shared::AddDatabaseExtension(database.database);
     const std::int64_t rows = WriteDatabase(file, database, now, options.seed);
     const auto bytes = static_cast<std::int64_t>(fs::file_size(file));
     lines.push_back(

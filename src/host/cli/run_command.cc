@@ -1,15 +1,20 @@
-#include "host/cli/run_command.h"
-
 #include <fmt/core.h>
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 
 #include "common/text.h"
+#include "host/cli/commands.h"
+#include "host/facts/catalogue_view.h"
+#include "host/facts/inventory.h"
 #include "host/pass/loaded_module.h"
 #include "host/pass/logging.h"
+#include "host/pass/pass_runner.h"
 #include "host/platform/platform.h"
 #include "host/show/run_json.h"
 #include "host/show/run_text.h"
+#include "host/show/standard_error.h"
 #include "storage/storage_options.h"
 
 namespace corvo::telemetry::host {
@@ -28,9 +33,18 @@ void RequireDirectory(const fs::path& directory) {
   }
 }
 
+shared::StorageOptions StorageOptionsOf(const RunOptions& options) {
+  shared::StorageOptions storage = shared::GetStorageOptions();
+  storage.data_directory = options.data_dir;
+  storage.busy_timeout = std::chrono::seconds(options.busy_timeout_s);
+  storage.statement_time_limit = std::chrono::seconds(options.time_limit_s);
+  storage.memory_limit = std::int64_t{options.memory_limit_mb} * 1'000'000;
+  return storage;
+}
+
 void WarnOfMissingLocale() {
   if (const std::string hint = MissingLocaleHint(); !hint.empty()) {
-    fmt::print(stderr, "corvo-telemetry-host: {}\n", hint);
+    Tell(hint);
   }
 }
 
@@ -39,8 +53,7 @@ void TellProblems(const std::vector<DatabaseCount>& databases) {
   for (const DatabaseCount& database : databases) {
     for (const TableCount& table : database.tables) {
       if (!table.problem.empty()) {
-        fmt::print(stderr, "corvo-telemetry-host: cannot count the rows of {}: {}\n", common::Utf8(database.path),
-                   table.problem);
+        Tell(fmt::format("cannot count the rows of {}: {}", common::Utf8(database.path), table.problem));
         break;
       }
     }
@@ -52,11 +65,10 @@ void TellProblems(const std::vector<DatabaseCount>& databases) {
 ExitCode RunCommand(const RunOptions& options) {
   const fs::path directory(options.data_dir);
   RequireDirectory(directory);
-  StartLogging(options.log_level, options.log_file);
+  const LogScope log(options.log_level, options.log_file);
   LoadedModule module(options.plugin.empty() ? DefaultModulePath() : fs::path(options.plugin));
   WarnOfMissingLocale();
-  shared::SetDataDirectory(options.data_dir);
-
+  const shared::StorageOptionsScope storage(StorageOptionsOf(options));
   const CatalogueView catalogue = ReadCatalogue();
   RunReport report;
   report.before = TakeInventory(catalogue, directory);

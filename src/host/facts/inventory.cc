@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+#include "storage/database_name.h"
+#include "storage/result_code.h"
 #include "storage/telemetry_storage.h"
 
 namespace corvo::telemetry::host {
@@ -25,13 +27,12 @@ std::int64_t SizeWithLog(const fs::path& file) {
 
 TableCount CountRows(shared::TelemetryStorage& storage, const std::string& table) {
   // The storage owns the command, which lives as long as the storage.
-  auto* command = new shared::SqlCommand(fmt::format("SELECT COUNT(*) FROM \"{}\"", table).c_str());
+  auto* command = new shared::SqlCommand(fmt::format("SELECT COUNT(*) FROM \"{}\"", table));
   const common::Error error = storage.Execute(command, false);
   if (!error.Failed()) {
     return {table, std::strtoll(command->GetResults()[0][0].GetColumnValue(), nullptr, 10), ""};
   }
-  const bool missing = error.what.find("no such table:") != std::string::npos;
-  return {table, std::nullopt, missing ? "" : error.what};
+  return {table, std::nullopt, shared::IsMissingTable(error) ? "" : error.what};
 }
 
 DatabaseCount CountDatabase(const std::string& name, const fs::path& path, const std::vector<ContractView>& contracts) {
@@ -50,7 +51,7 @@ DatabaseCount CountDatabase(const std::string& name, const fs::path& path, const
 std::vector<DatabaseCount> TakeInventory(const CatalogueView& catalogue, const fs::path& directory) {
   std::vector<DatabaseCount> counts;
   for (const DatabaseView& database : catalogue.databases) {
-    const fs::path path = fs::absolute(directory / (database.database + ".db")).lexically_normal();
+    const fs::path path = fs::absolute(directory / shared::AddDatabaseExtension(database.database)).lexically_normal();
     if (fs::exists(path)) {
       counts.push_back(CountDatabase(database.database, path, catalogue.Of(database.database)));
     }

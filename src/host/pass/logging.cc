@@ -7,10 +7,13 @@
 
 #include <algorithm>
 #include <fstream>
+#include <memory>
+#include <mutex>
+#include <set>
 
 #include "common/log.h"
-#include "host/pass/progress.h"
 #include "host/show/failure.h"
+#include "host/show/standard_error.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -18,53 +21,88 @@ namespace {
 constexpr std::size_t kLogFileBytes = 5'000'000;
 constexpr int kLogFiles = 3;
 
+using Text = plog::util::nstring;
+
 /// Severity and text: what a person at the terminal needs.
 class ShortFormatter {
  public:
-  static plog::util::nstring header() { return {}; }
+  static Text header() { return {}; }
 
-  static plog::util::nstring format(const plog::Record& record) {
+  static Text format(const plog::Record& record) {
     plog::util::nostringstream line;
     line << plog::severityToString(record.getSeverity()) << PLOG_NSTR(" ") << record.getMessage() << PLOG_NSTR("\n");
     return line.str();
   }
 };
 
-bool IsMissingTable(const plog::Record& record) {
-  return plog::util::nstring(record.getMessage()).find(PLOG_NSTR("no such table:")) != plog::util::nstring::npos;
-}
-
-/// Shares standard error with the progress line.
+/// Shares standard error with the line of progress.
 class StandardErrorAppender : public plog::ConsoleAppender<ShortFormatter> {
  public:
-  explicit StandardErrorAppender(bool quiet)
-      : plog::ConsoleAppender<ShortFormatter>(plog::streamStdErr), quiet_(quiet) {}
+  StandardErrorAppender() : plog::ConsoleAppender<ShortFormatter>(plog::streamStdErr) {}
 
   void write(const plog::Record& record) override {
-    if (quiet_ && IsMissingTable(record)) {
-      return;
-    }
     ClearProgress();
     plog::ConsoleAppender<ShortFormatter>::write(record);
   }
-
- private:
-  bool quiet_;
 };
 
+/// What the logger, which keeps its appenders for good, is given once: passes records on to where the log goes now.
+class Outlet : public plog::IAppender {
+ public:
+  void Connect(std::unique_ptr<plog::IAppender> target, bool quiet) {
+    const std::lock_guard lock(mutex_);
+    target_ = std::move(target);
+    quiet_ = quiet;
+    spared_.clear();
+  }
+
+  void Spare(const Text& failure) {
+    const std::lock_guard lock(mutex_);
+    spared_.insert(failure);
+  }
+
+  void write(const plog::Record& record) override {
+    const std::lock_guard lock(mutex_);
+    if (target_ != nullptr && !(quiet_ && IsSpared(record.getMessage()))) {
+      target_->write(record);
+    }
+  }
+
+ private:
+  // The module's log statements end with the record of the failure they tell of.
+  [[nodiscard]] bool IsSpared(const Text& message) const {
+    return std::any_of(spared_.begin(), spared_.end(),
+                       [&message](const Text& failure) { return message.ends_with(failure); });
+  }
+
+  std::mutex mutex_;
+  std::unique_ptr<plog::IAppender> target_;
+  bool quiet_ = false;
+  std::set<Text> spared_;
+};
+
+Outlet& TheOutlet() {
+  static Outlet outlet;
+  return outlet;
+}
+
+common::Logger& TheLogger() {
+  static common::Logger& logger = common::InitDefaultLogger(plog::none, &TheOutlet());
+  return logger;
+}
+
 plog::Severity ParseLevel(const std::string& level) {
-  const auto found = std::find(LogLevels().begin(), LogLevels().end(), level);
+  const auto found = std::find(LogLevels().begin(), LogLevels().end(), level.empty() ? kDefaultLogLevel : level);
   return static_cast<plog::Severity>(found - LogLevels().begin());
 }
 
-plog::IAppender& FileAppender(const std::string& file) {
+std::unique_ptr<plog::IAppender> FileAppender(const std::string& file) {
   // The appender itself would stay silent about a file that it cannot open.
   if (!std::ofstream(file, std::ios::app)) {
     throw CommandFailure(kUsage,
                          fmt::format("--log-file: cannot write {}; name a file in a directory that exists", file));
   }
-  static plog::RollingFileAppender<plog::TxtFormatter> appender(file.c_str(), kLogFileBytes, kLogFiles);
-  return appender;
+  return std::make_unique<plog::RollingFileAppender<plog::TxtFormatter>>(file.c_str(), kLogFileBytes, kLogFiles);
 }
 
 }  // namespace
@@ -74,10 +112,25 @@ const std::vector<std::string>& LogLevels() {
   return levels;
 }
 
-void StartLogging(const std::string& level, const std::string& file) {
-  static StandardErrorAppender standard_error(level.empty());
-  common::InitDefaultLogger(ParseLevel(level.empty() ? kDefaultLogLevel : level),
-                            file.empty() ? &standard_error : &FileAppender(file));
+LogScope::LogScope(const std::string& level, const std::string& file) : former_(TheLogger().getMaxSeverity()) {
+  if (file.empty()) {
+    TheOutlet().Connect(std::make_unique<StandardErrorAppender>(), level.empty());
+  } else {
+    TheOutlet().Connect(FileAppender(file), false);
+  }
+  TheLogger().setMaxSeverity(ParseLevel(level));
+}
+
+LogScope::~LogScope() {
+  TheLogger().setMaxSeverity(former_);
+  TheOutlet().Connect(nullptr, false);
+}
+
+void SpareInLog(const common::Error& failure) {
+  // Written as the log writes it, so that both read alike in every encoding.
+  plog::Record record(plog::error, "", 0, "", nullptr, PLOG_DEFAULT_INSTANCE_ID);
+  record << failure;
+  TheOutlet().Spare(record.getMessage());
 }
 
 }  // namespace corvo::telemetry::host

@@ -1,20 +1,37 @@
 #pragma once
 
+#include <plog/Severity.h>
+
 #include <string>
 #include <vector>
+
+#include "common/error.h"
 
 namespace corvo::telemetry::host {
 
 /// The names of the log levels, from nothing to everything.
 [[nodiscard]] const std::vector<std::string>& LogLevels();
 
-constexpr const char* kDefaultLogLevel = "error";
+inline constexpr const char* kDefaultLogLevel = "error";
 
-/// Initialises the process's logger: records up to `level` go to `file`, or to standard error when it is empty.
-///
-/// @param level empty for the default level; standard error is then spared the records on missing tables, which every
-///   pass writes and forgives.
-/// @throws CommandFailure (`kUsage`) when the file cannot be written.
-void StartLogging(const std::string& level, const std::string& file);
+/// Where the process's log goes for as long as the object lives; before and after, the host writes none. One at a time.
+class LogScope {
+ public:
+  /// Records up to `level` go to `file`, or to standard error when it is empty.
+  ///
+  /// @param level empty for the default level; standard error is then spared the records of `SpareInLog`.
+  /// @throws CommandFailure (`kUsage`) when the file cannot be written.
+  LogScope(const std::string& level, const std::string& file);
+  LogScope(const LogScope&) = delete;
+  LogScope& operator=(const LogScope&) = delete;
+  ~LogScope();
+
+ private:
+  plog::Severity former_;
+};
+
+/// Names a failure that every pass meets and forgives, such as a missing table: nobody who did not ask for the log
+/// wants to read of it. May be called from any thread, before the failure is logged.
+void SpareInLog(const common::Error& failure);
 
 }  // namespace corvo::telemetry::host

@@ -4,8 +4,9 @@
 #include <cstdlib>
 #include <memory>
 
-#include "host/pass/progress.h"
+#include "host/pass/pass_watcher.h"
 #include "host/show/failure.h"
+#include "storage/statement_observer.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -24,23 +25,32 @@ class OutputAllocator : public shared::plugin::PluginBufferAllocator {
 
 Json ReadResult(const char* output) {
   Json result = Json::parse(output == nullptr ? "" : output, nullptr, false);
-  if (result.is_object() && result.contains("category") && result.contains("code")) {
+  if (result.is_object() && result.contains("category") && result["category"].is_string() && result.contains("code") &&
+      result["code"].is_number_integer()) {
     return result;
   }
   return ErrorJson(CommandFailure(kPassFailed, "the module gave no result: see the log (--log-level debug)").Record());
 }
 
-PassOutcome RunPass(shared::plugin::IDynamicPluginModule& module, bool show_progress) {
-  const auto watcher = std::make_shared<PassWatcher>(show_progress);
-  const auto former = shared::SetStatementObserver(watcher);
+// A module should let no exception out. One that does is caught while its code, and with it the exception's, is loaded.
+Json Execute(shared::plugin::IDynamicPluginModule& module) {
   const OutputAllocator allocator;
   char* output = nullptr;
+  try {
+    module.Execute("", output, allocator);
+  } catch (...) {
+    return ErrorJson(common::MakeErrorFromException(std::current_exception()));
+  }
+  return ReadResult(output);
+}
+
+PassOutcome RunPass(shared::plugin::IDynamicPluginModule& module, bool show_progress) {
+  const auto watcher = std::make_shared<PassWatcher>(show_progress);
+  const shared::StatementObserverScope scope(watcher);
   const auto start = std::chrono::steady_clock::now();
-  module.Execute("", output, allocator);
+  const Json result = Execute(module);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-  shared::SetStatementObserver(former);
-  ClearProgress();
-  return {ReadResult(output), watcher->RowsDeleted(), seconds.count(), watcher->FailedDatabase()};
+  return {result, watcher->RowsDeleted(), seconds.count(), watcher->FailedDatabase()};
 }
 
 }  // namespace

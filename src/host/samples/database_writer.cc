@@ -7,7 +7,6 @@
 #include <stdexcept>
 
 #include "common/text.h"
-#include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 

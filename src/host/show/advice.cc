@@ -1,41 +1,63 @@
 #include "host/show/advice.h"
 
+#include <algorithm>
+#include <array>
+
 #include "host/platform/platform.h"
+#include "host/show/json_text.h"
+#include "storage/result_code.h"
 
 namespace corvo::telemetry::host {
 namespace {
 
-// The storage library passes SQLite's result codes on (https://www.sqlite.org/rescode.html); the low byte is the kind.
-const char* StorageAdvice(std::int64_t code) {
-  switch (code & 0xff) {
-    case 5:  // busy
-    case 6:  // locked
-      return "Another program holds the database: try again when it has finished.";
-    case 3:   // permission
-    case 8:   // read-only
-    case 14:  // cannot open
-    case 23:  // authorisation
-      return "Check that this user may read and write the file and its directory.";
-    case 11:  // corrupt
-    case 26:  // not a database
-      return "The file is damaged: move it away, its collector makes a new one.";
-    case 10:  // disk I/O
-    case 13:  // full
-      return "Free some space on the disk and check it: compacting needs room for a copy of the database.";
-    default:
-      return "See the log (--log-level info) for the statement that failed.";
-  }
+struct Kind {
+  bool (*applies)(const common::Error& failure) noexcept;
+  const char* advice;
+};
+
+// No advice throws a file away that may still hold something.
+const std::array<Kind, 10>& Kinds() {
+  static const std::array<Kind, 10> kinds = {{
+      {shared::IsBusy,
+       "Another program holds the database: try again when it has finished, or wait longer for it (--busy-timeout)."},
+      {shared::IsReadOnly, "Check that this user may read and write the file and its directory."},
+      {shared::IsCannotOpen,
+       "Check that the file and those beside it are ordinary files, and that this user may read and write them."},
+      {shared::IsRefused,
+       "The file's schema holds something that no collector makes; the file stays as it is. Find out who put it "
+       "there.\n"
+       "To do without the file, keep a copy and move it away: its collector makes a new one."},
+      {shared::IsDamaged,
+       "The file is damaged and stays as it is. Keep a copy; the rows that can still be read come out as SQL with\n"
+       "sqlite3 FILE .recover. Then move it away: its collector makes a new one."},
+      {shared::IsFull, "Free some space on the disk: compacting needs room for a copy of the database."},
+      {shared::IsIoError,
+       "Check the disk and free some space on it: compacting needs room for a copy of the database."},
+      {shared::IsInterrupted,
+       "A statement took longer than --time-limit allows and was rolled back: allow it more seconds (0: any number)."},
+      {shared::IsOutOfMemory,
+       "A statement needed more memory than --memory-limit or the machine allows and was rolled back: allow more MB\n"
+       "(0: any number) if you trust the file."},
+      {shared::IsTooBig,
+       "The file holds a row or an index entry that is larger than any collector makes it; nothing of it was changed.\n"
+       "See the log (--log-level info) for the statement that met it."},
+  }};
+  return kinds;
+}
+
+std::string OtherAdvice(const common::Error& failure) {
+  const bool named_locale = failure.what.find("locale") != std::string::npos;
+  const std::string hint = named_locale ? MissingLocaleHint() : "";
+  return hint.empty() ? "See the log (--log-level info) for what led to it." : "Note that " + hint + ".";
 }
 
 }  // namespace
 
 std::string Advice(const Json& result) {
-  if (result.value("type", "") == "sqlite3") {
-    return StorageAdvice(result.value("code", std::int64_t{0}));
-  }
-  const bool named_locale = result.value("what", "").find("locale") != std::string::npos;
-  const std::string hint = named_locale ? MissingLocaleHint() : "";
-  return hint.empty() ? "See the log (--log-level info) for what led to it." : "Note that " + hint + ".";
+  const common::Error failure = ReadError(result);
+  const auto kind =
+      std::find_if(Kinds().begin(), Kinds().end(), [&failure](const Kind& entry) { return entry.applies(failure); });
+  return kind == Kinds().end() ? OtherAdvice(failure) : kind->advice;
 }
 
 }  // namespace corvo::telemetry::host

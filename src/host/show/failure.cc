@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "host/show/run_json.h"
+#include "host/show/standard_error.h"
 
 namespace corvo::telemetry::host {
 
@@ -18,7 +19,7 @@ common::Error CommandFailure::Record() const {
 }
 
 void ReportFailure(const common::Error& error, bool json) {
-  fmt::print(stderr, "corvo-telemetry-host: {}\n", error.what);
+  Tell(error.what);
   if (json) {
     fmt::print("{}", RunDocument(error));
   }

@@ -1,8 +1,26 @@
 #include "host/show/json_text.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
 #include "common/text.h"
 
 namespace corvo::telemetry::host {
+namespace {
+
+common::ErrorCategory ReadCategory(const std::string& name) {
+  constexpr std::array kNames = {"EC_NoError", "EC_Unknown", "EC_Std", "EC_WinApi", "EC_SEH", "EC_Custom"};
+  const auto found = std::find(kNames.begin(), kNames.end(), name);
+  return found == kNames.end() ? common::EC_Unknown : static_cast<common::ErrorCategory>(found - kNames.begin());
+}
+
+std::string ReadText(const Json& object, const char* name) {
+  const auto member = object.find(name);
+  return member != object.end() && member->is_string() ? member->get<std::string>() : "";
+}
+
+}  // namespace
 
 std::string JsonText(const Json& document) { return document.dump(2, ' ', false, Json::error_handler_t::replace); }
 
@@ -12,6 +30,17 @@ Json ErrorJson(const common::Error& error) {
     *text = common::ValidUtf8(*text);
   }
   return Json::parse(common::ErrorText(valid));
+}
+
+common::Error ReadError(const Json& object) {
+  common::Error error;
+  error.category = ReadCategory(ReadText(object, "category"));
+  const auto code = object.find("code");
+  error.code = code != object.end() && code->is_number_integer() ? code->get<std::int64_t>() : 0;
+  error.what = ReadText(object, "what");
+  error.type = ReadText(object, "type");
+  error.origin = ReadText(object, "origin");
+  return error;
 }
 
 }  // namespace corvo::telemetry::host

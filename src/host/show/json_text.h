@@ -17,4 +17,7 @@ using Json = nlohmann::ordered_json;
 /// The record as a JSON object, also when its texts are not UTF-8.
 [[nodiscard]] Json ErrorJson(const common::Error& error);
 
+/// The record that a JSON object holds: the inverse of the above. What is missing or of another type reads as empty.
+[[nodiscard]] common::Error ReadError(const Json& object);
+
 }  // namespace corvo::telemetry::host

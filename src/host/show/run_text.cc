@@ -94,11 +94,12 @@ std::string SuccessLine(const Sums& total, std::size_t databases, double seconds
 }
 
 std::string FailureLines(const PassOutcome& pass, bool colour) {
-  const Json& result = pass.result;
+  const common::Error failure = ReadError(pass.result);
   const std::string where = pass.failed_database.empty() ? "" : fmt::format(" in {}", pass.failed_database);
-  const std::string text = fmt::format("The pass failed{}: {} ({} {})", where, result.value("what", "no message"),
-                                       result.value("category", ""), result.value("code", std::int64_t{0}));
-  return Coloured(text, fmt::terminal_color::red, colour) + "\n" + Advice(result) + "\n";
+  const std::string text =
+      fmt::format("The pass failed{}: {} ({} {})", where, failure.what.empty() ? "no message" : failure.what,
+                  pass.result.value("category", ""), failure.code);
+  return Coloured(Printable(text), fmt::terminal_color::red, colour) + "\n" + Advice(pass.result) + "\n";
 }
 
 }  // namespace

@@ -31,6 +31,18 @@ std::string HumanBytes(std::int64_t bytes) {
   return fmt::format("{:.1f} {}", value, kUnits.at(unit));
 }
 
+std::string Printable(std::string text) {
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    const auto byte = static_cast<unsigned char>(text[index]);
+    if (byte < 0x20 || byte == 0x7f) {
+      text[index] = '?';
+    } else if (index > 0 && text[index - 1] == '\xc2' && byte < 0xa0) {
+      text.replace(index - 1, 2, "??");  // U+0080 to U+009F are control characters too
+    }
+  }
+  return text;
+}
+
 std::string Counted(std::int64_t number, const std::string& noun) {
   return fmt::format("{} {}{}", WithSeparators(number), noun, number == 1 ? "" : "s");
 }

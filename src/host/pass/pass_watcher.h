@@ -8,11 +8,8 @@
 
 namespace corvo::telemetry::host {
 
-/// Erases the line that `PassWatcher` keeps on standard error, before something else is written there.
-void ClearProgress();
-
 /// Watches the statements of a pass: counts deleted rows, remembers which database failed, and on a terminal shows the
-/// running statement in one line of standard error.
+/// running statement in one line of standard error. Missing tables are spared in the log (`SpareInLog`).
 class PassWatcher : public shared::StatementObserver {
  public:
   explicit PassWatcher(bool show) : show_(show) {}
