@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "cleanup/data_cleanup.h"
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
 #include "support/log_capture.h"
 #include "support/statement_log.h"
 

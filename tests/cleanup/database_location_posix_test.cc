@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "cleanup/database_location.h"
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
 
 namespace corvo::test {
 namespace {

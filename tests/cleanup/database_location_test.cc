@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
 #include "support/log_capture.h"
 
 namespace corvo::test {

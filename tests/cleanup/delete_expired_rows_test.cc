@@ -5,8 +5,9 @@
 #include <ostream>
 
 #include "cleanup/data_cleanup.h"
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
 #include "storage/storage_settings.h"
+#include "support/case_name.h"
 #include "support/fake_clock.h"
 #include "support/log_capture.h"
 #include "support/statement_log.h"
@@ -95,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
                     TimeCase{"Month13", "'2024-13-01T00:00:00+00:00'"}, TimeCase{"Blob", "x'00'"},
                     TimeCase{"SecondsSince1970", "1700000000"}, TimeCase{"TextOfSecondsSince1970", "'1700000000'"},
                     TimeCase{"MillisecondsSince1970", "1700000000000"}, TimeCase{"BeyondTheLastJulianDay", "5373485"}),
-    [](const auto& test_case) { return test_case.param.name; });
+    CaseName());
 
 class TimeThatSqliteTakesForADate : public TimeTest {};
 
@@ -105,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Times, TimeThatSqliteTakesForADate,
                          testing::Values(TimeCase{"TimeAlone", "'12:30:00'"}, TimeCase{"Zero", "0"},
                                          TimeCase{"Year", "2024"}, TimeCase{"TextOfAYear", "'2024'"},
                                          TimeCase{"SpreadsheetDay", "45000.5"}),
-                         [](const auto& test_case) { return test_case.param.name; });
+                         CaseName());
 
 TEST_F(DeleteExpiredRows, RetentionZeroOpensNothingAndKeepsAll) {
   const StatementLog statements;
@@ -142,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(Clocks, CutoffBefore1970,
                                          ClockCase{"Retention49710", FakeClock::kStart, 49'710},
                                          ClockCase{"CutoffMinusOne", 86'399, 1}, ClockCase{"CutoffMinusTwo", 86'398, 1},
                                          ClockCase{"ClockBefore1970", -5, 1}),
-                         [](const auto& test_case) { return test_case.param.name; });
+                         CaseName());
 
 TEST_F(DeleteExpiredRows, CutoffAt1970DeletesWhatIsOlder) {
   const FakeClock clock(86'400);

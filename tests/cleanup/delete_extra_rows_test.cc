@@ -3,7 +3,8 @@
 #include <ostream>
 
 #include "cleanup/data_cleanup.h"
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
+#include "support/case_name.h"
 #include "support/log_capture.h"
 #include "support/statement_log.h"
 
@@ -42,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(Tables, RowLimit,
                                          LimitCase{"LimitOneOnAnEmptyTable", 1, 0, 0},
                                          LimitCase{"LimitZeroIsNoLimit", 0, 5000, 5000},
                                          LimitCase{"WidestLimitKeepsAll", 4'294'967'295, 5000, 5000}),
-                         [](const auto& test_case) { return test_case.param.name; });
+                         CaseName());
 
 TEST_F(DeleteExtraRows, DeletesTheOldestRows) {
   CreateDatabase("Log", "Samples", 12);

@@ -4,7 +4,8 @@
 #include <ostream>
 
 #include "cleanup/data_cleanup.h"
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
+#include "support/case_name.h"
 #include "support/log_capture.h"
 #include "support/statement_log.h"
 
@@ -122,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(Files, FileSize,
                                          FileCase{"TenRowsLoseOne", 100'000'000, 10, 9},
                                          FileCase{"TwoRowsLoseOne", 100'000'000, 2, 1},
                                          FileCase{"OneRowLosesOne", 100'000'000, 1, 0}),
-                         [](const auto& test_case) { return test_case.param.name; });
+                         CaseName());
 
 TEST_F(EnforceSizeLimit, FileOfASymbolicLinkIsMeasuredNotTheLink) {
   CreateDatabase("Log", "A", 1000);

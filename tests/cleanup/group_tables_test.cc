@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "cleanup/database_map.h"
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
 #include "contracts/catalogue.h"
 
 namespace corvo::test {

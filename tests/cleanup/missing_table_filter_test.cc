@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
 #include "cleanup/operation.h"
 
 namespace corvo::telemetry::cleanup {

@@ -19,9 +19,9 @@ std::string Time(const ModelRow& row) {
   if (!row.age_seconds) {
     return "'never'";
   }
-  static const char* const zones[] = {"+00:00", "Z", "+02:00"};
+  static const char* const kZones[] = {"+00:00", "Z", "+02:00"};
   const std::int64_t shift = row.notation == 2 ? 7200 : 0;
-  return std::string("strftime('%Y-%m-%dT%H:%M:%S") + zones[row.notation] + "', " +
+  return std::string("strftime('%Y-%m-%dT%H:%M:%S") + kZones[row.notation] + "', " +
          std::to_string(FakeClock::kStart - *row.age_seconds + shift) + ", 'unixepoch')";
 }
 

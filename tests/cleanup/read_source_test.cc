@@ -3,10 +3,10 @@
 #include <filesystem>
 
 #include "cleanup/data_cleanup.h"
-#include "cleanup/engine_test.h"
-#include "cleanup/kept_options.h"
+#include "cleanup/engine_fixture.h"
 #include "contracts/catalogue.h"
 #include "storage/storage_settings.h"
+#include "support/kept_options.h"
 #include "support/log_capture.h"
 #include "support/statement_log.h"
 
@@ -17,9 +17,9 @@ using testing::ElementsAre;
 
 constexpr const char* kTag = "DataCleanup::ReadSource";
 constexpr int kCannotOpen = 14;  // SQLITE_CANTOPEN
-const LogLine started{plog::info, kTag, "Started DataCleanup::ReadSource"};
-const LogLine finished{plog::info, kTag, "Finished DataCleanup::ReadSource"};
-const LogLine success{plog::info, kTag, R"({"category":"EC_NoError","code":0,"version":3})"};
+const LogLine kStarted{plog::info, kTag, "Started DataCleanup::ReadSource"};
+const LogLine kFinished{plog::info, kTag, "Finished DataCleanup::ReadSource"};
+const LogLine kSuccess{plog::info, kTag, R"({"category":"EC_NoError","code":0,"version":3})"};
 
 /// A pass over the real catalogue.
 class ReadSource : public EngineTest {
@@ -31,14 +31,14 @@ class ReadSource : public EngineTest {
 TEST_F(ReadSource, EmptyDirectoryIsASuccessThatIsReported) {
   const LogCapture log;
   EXPECT_THAT(collector.ReadSource(), Succeeded());
-  EXPECT_THAT(log.Lines(), ElementsAre(started, success, finished));
+  EXPECT_THAT(log.Lines(), ElementsAre(kStarted, kSuccess, kFinished));
 }
 
 TEST_F(ReadSource, MissingDirectoryIsASuccess) {
   shared::SetDataDirectory(directory / "missing");
   const LogCapture log;
   EXPECT_THAT(collector.ReadSource(), Succeeded());
-  EXPECT_THAT(log.Lines(), ElementsAre(started, success, finished));
+  EXPECT_THAT(log.Lines(), ElementsAre(kStarted, kSuccess, kFinished));
   EXPECT_FALSE(std::filesystem::exists(directory / "missing"));
 }
 
@@ -75,7 +75,7 @@ TEST_F(ReadSource, SuccessfulPassWithACompactionWritesThreeRecordsOnly) {
   }
   const LogCapture log;
   EXPECT_THAT(collector.ReadSource(), Succeeded());
-  EXPECT_THAT(log.Lines(), ElementsAre(started, success, finished));
+  EXPECT_THAT(log.Lines(), ElementsAre(kStarted, kSuccess, kFinished));
   EXPECT_LT(std::filesystem::file_size(directory / "DeviceUsage.db"), 20'000U);
 }
 
@@ -111,10 +111,10 @@ TEST_F(ReadSource, FailureOfAStepIsTheResultAndIsReported) {
   const auto result = collector.ReadSource();
   EXPECT_THAT(result, FailedWith("no such column: time"));
   const std::string json = telemetry::common::ErrorText(result);
-  EXPECT_THAT(log.Lines(), ElementsAre(started,
+  EXPECT_THAT(log.Lines(), ElementsAre(kStarted,
                                        LogLine{plog::error, "DataCleanup::DeleteExpiredRows",
                                                "DataCleanup::DeleteExpiredRows - exception : " + json},
-                                       LogLine{plog::info, kTag, json}, finished));
+                                       LogLine{plog::info, kTag, json}, kFinished));
 }
 
 TEST_F(ReadSource, StandardExceptionBecomesTheResultAndIsLogged) {
@@ -128,8 +128,8 @@ TEST_F(ReadSource, StandardExceptionBecomesTheResultAndIsLogged) {
   EXPECT_THAT(result.type, testing::HasSubstr("filesystem_error"));
   const std::string json = telemetry::common::ErrorText(result);
   EXPECT_THAT(log.Lines(),
-              ElementsAre(started, LogLine{plog::error, kTag, std::string(kTag) + " - exception : " + json},
-                          LogLine{plog::info, kTag, json}, finished));
+              ElementsAre(kStarted, LogLine{plog::error, kTag, std::string(kTag) + " - exception : " + json},
+                          LogLine{plog::info, kTag, json}, kFinished));
 }
 
 TEST_F(ReadSource, NeedsNoLogger) { EXPECT_THAT(collector.ReadSource(), Succeeded()); }

@@ -7,6 +7,7 @@
 #include <tuple>
 #include <utility>
 
+#include "support/case_name.h"
 #include "support/fake_clock.h"
 
 namespace corvo::telemetry::cleanup {
@@ -93,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
                     MeasurementCase{"LastBeforeTheSumWraps", 2'146'983'647, 1, 2147},
                     MeasurementCase{"FirstWhoseSumWraps", 2'146'983'648, 1, -2147},
                     MeasurementCase{"LargestProduct", std::numeric_limits<std::int32_t>::max(), 1, -2146}),
-    [](const auto& test_case) { return test_case.param.name; });
+    test::CaseName());
 
 constexpr std::uint32_t kHighest = std::numeric_limits<std::uint32_t>::max();
 constexpr double kMargin = 10.0;
@@ -127,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
                     // A count beyond 31 bits reads as negative and is never over a limit.
                     RowLimitCase{"CountBeyondSignedRange", 2'147'483'648, 10, 0},
                     RowLimitCase{"WidestCount", kHighest, 1, 0}),
-    [](const auto& test_case) { return test_case.param.name; });
+    test::CaseName());
 
 TEST(RowsOverLimit, WithoutAMarginTrimsDownToTheLimit) {
   EXPECT_EQ(RowsOverLimit(1000, 1000, 0.0), 0U);
@@ -156,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, TrimFactorTest,
                                          FactorCase{"MoreThanEverything", 250, 100, 1.6},
                                          FactorCase{"SmallestLimit", 3, 1, 2.1},
                                          FactorCase{"WidestTotal", kHighest, 1, 4294967294.1}),
-                         [](const auto& test_case) { return test_case.param.name; });
+                         test::CaseName());
 
 struct ShareCase {
   const char* name;
@@ -182,7 +183,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ShareCase{"MoreThanThereAre", 100, 1.6, 160},
                     ShareCase{"CountBeyondSignedRangeIsNegative", 2'147'483'648, 0.5, 1},
                     ShareCase{"ProductBeyondSignedRange", 2'000'000'000, 1.6, 2'147'483'647}),
-    [](const auto& test_case) { return test_case.param.name; });
+    test::CaseName());
 
 }  // namespace
 }  // namespace corvo::telemetry::cleanup

@@ -2,7 +2,8 @@
 
 #include <ostream>
 
-#include "cleanup/scripted_test.h"
+#include "cleanup/scripted_fixture.h"
+#include "support/case_name.h"
 
 namespace corvo::test {
 namespace {
@@ -36,7 +37,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SizeCase{"NoNumber", {{"many", "123"}}, 0}, SizeCase{"EmptyText", {{"4096", ""}}, 0},
                     SizeCase{"LeadingNumberCounts", {{" 4096x", "123 pages"}}, 1},
                     SizeCase{"Overflow", {{"65536", "32768"}}, 0}, SizeCase{"Wraps", {{"2147483647", "1"}}, -2146}),
-    CaseName<SizeCase>);
+    CaseName());
 
 class ScriptedCount : public ScriptedTest {
  protected:

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "cleanup/scripted_test.h"
+#include "cleanup/scripted_fixture.h"
+#include "support/case_name.h"
 
 namespace corvo::test {
 namespace {
@@ -77,7 +78,7 @@ TEST_P(EveryOperation, DoesNotForgiveAnotherSpelling) {
   ExpectUnchanged(Record(EC_Custom, 1, "No such table: Samples"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engine, EveryOperation, testing::ValuesIn(Operations()), CaseName<Operation>);
+INSTANTIATE_TEST_SUITE_P(Engine, EveryOperation, testing::ValuesIn(Operations()), CaseName());
 
 class AnythingThrown : public ScriptedTest, public testing::WithParamInterface<Thrown> {
  protected:
@@ -129,7 +130,7 @@ TEST_P(AnythingThrown, WhileExpiringNeverLeavesTheOperation) {
   ASSERT_THAT(log.Lines(), testing::SizeIs(1));
 }
 
-INSTANTIATE_TEST_SUITE_P(Things, AnythingThrown, testing::ValuesIn(ThrownThings()), CaseName<Thrown>);
+INSTANTIATE_TEST_SUITE_P(Things, AnythingThrown, testing::ValuesIn(ThrownThings()), CaseName());
 
 class OtherThanRecords : public AnythingThrown {};
 
@@ -174,7 +175,7 @@ std::vector<Thrown> OtherThings() {
   return things;
 }
 
-INSTANTIATE_TEST_SUITE_P(Things, OtherThanRecords, testing::ValuesIn(OtherThings()), CaseName<Thrown>);
+INSTANTIATE_TEST_SUITE_P(Things, OtherThanRecords, testing::ValuesIn(OtherThings()), CaseName());
 
 }  // namespace
 }  // namespace corvo::test

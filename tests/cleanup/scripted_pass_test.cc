@@ -4,8 +4,9 @@
 #include <ostream>
 
 #include "cleanup/database_location.h"
-#include "cleanup/scripted_test.h"
+#include "cleanup/scripted_fixture.h"
 #include "contracts/lookups.h"
+#include "support/case_name.h"
 #include "support/temp_dir.h"
 
 namespace corvo::test {
@@ -39,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, ScriptedPath,
                                          PathCase{"CaseCounts", "/data/log.db", "/data/log.dbLog.db"},
                                          PathCase{"ShorterThanTheName", "/d", "/dLog.db"},
                                          PathCase{"Empty", "", "Log.db"}),
-                         CaseName<PathCase>);
+                         CaseName());
 
 class ScriptedLocation : public ScriptedTest {
  protected:

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "cleanup/scripted_test.h"
+#include "cleanup/scripted_fixture.h"
 
 namespace corvo::test {
 namespace {

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "cleanup/data_cleanup.h"
-#include "cleanup/engine_test.h"
-#include "cleanup/kept_options.h"
+#include "cleanup/engine_fixture.h"
 #include "cleanup/trimming.h"
 #include "contracts/catalogue.h"
 #include "contracts/lookups.h"
+#include "support/kept_options.h"
 
 namespace corvo::test {
 namespace {

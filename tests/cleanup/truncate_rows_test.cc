@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "cleanup/data_cleanup.h"
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
 #include "support/log_capture.h"
 #include "support/statement_log.h"
 

@@ -2,6 +2,7 @@
 
 #include <ostream>
 #include <type_traits>
+#include <utility>
 
 #include "common/error.h"
 
@@ -106,6 +107,24 @@ TEST(ErrorRecord, SelfAssignmentLeavesItUnchanged) {
   const Error& same = error;
   error = same;
   ExpectFullRecord(error);
+}
+
+TEST(ErrorRecord, CanBeMovedWithoutFailing) {
+  static_assert(std::is_nothrow_move_constructible_v<Error> && std::is_nothrow_move_assignable_v<Error>);
+  Error original = FullRecord();
+  Error moved(std::move(original));
+  ExpectFullRecord(moved);
+  Error assigned;
+  assigned = std::move(moved);
+  ExpectFullRecord(assigned);
+}
+
+TEST(ErrorRecord, MovesItsTextsInsteadOfCopyingThem) {
+  Error original;
+  original.what = std::string(1000, 'x');
+  const char* const text = original.what.data();
+  const Error moved(std::move(original));
+  EXPECT_EQ(moved.what.data(), text);
 }
 
 struct Outcome {

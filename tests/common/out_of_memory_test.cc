@@ -13,7 +13,7 @@ namespace {
 using telemetry::common::Error;
 using telemetry::common::MakeErrorFromException;
 
-const std::string long_text(100, 'x');
+const std::string kLongText(100, 'x');
 
 class OutOfMemory : public testing::TestWithParam<std::exception_ptr> {};
 
@@ -38,10 +38,10 @@ std::string NameOfThing(const testing::TestParamInfo<std::exception_ptr>& thing)
 }
 
 INSTANTIATE_TEST_SUITE_P(Things, OutOfMemory,
-                         testing::Values(std::make_exception_ptr(std::runtime_error(long_text)),
+                         testing::Values(std::make_exception_ptr(std::runtime_error(kLongText)),
                                          std::make_exception_ptr(std::system_error(5, std::system_category(),
-                                                                                   long_text)),
-                                         std::make_exception_ptr(long_text), std::make_exception_ptr(long_text.c_str()),
+                                                                                   kLongText)),
+                                         std::make_exception_ptr(kLongText), std::make_exception_ptr(kLongText.c_str()),
                                          std::make_exception_ptr(1.5), nullptr),
                          NameOfThing);
 

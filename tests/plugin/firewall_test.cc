@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "plugin/data_cleanup_plugin.h"
-#include "plugin/pass_test.h"
+#include "plugin/pass_fixture.h"
 #include "plugin/thrown.h"
 #include "support/buffer_allocator.h"
 #include "support/log_capture.h"

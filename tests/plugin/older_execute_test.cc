@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "plugin/data_cleanup_plugin.h"
-#include "plugin/pass_test.h"
+#include "plugin/pass_fixture.h"
 #include "support/log_capture.h"
 
 namespace corvo::test {

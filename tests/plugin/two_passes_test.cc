@@ -4,7 +4,7 @@
 #include <map>
 
 #include "plugin/data_cleanup_plugin.h"
-#include "plugin/pass_test.h"
+#include "plugin/pass_fixture.h"
 #include "support/buffer_allocator.h"
 #include "support/statement_log.h"
 

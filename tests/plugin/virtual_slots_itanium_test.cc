@@ -5,7 +5,7 @@
 
 #include "cleanup/data_cleanup.h"
 #include "plugin/data_cleanup_plugin.h"
-#include "plugin/pass_test.h"
+#include "plugin/pass_fixture.h"
 #include "support/buffer_allocator.h"
 #include "support/log_capture.h"
 

@@ -36,19 +36,24 @@ Appender& TheAppender() {
   return appender;
 }
 
+plog::Severity SeverityNow() {
+  const auto* logger = telemetry::common::DefaultLogger();
+  return logger != nullptr ? logger->getMaxSeverity() : plog::none;
+}
+
 }  // namespace
 
 std::ostream& operator<<(std::ostream& stream, const LogLine& line) {
   return stream << plog::severityToString(line.severity) << " [" << line.tag << "] " << line.text;
 }
 
-LogCapture::LogCapture(plog::Severity max_severity) {
+LogCapture::LogCapture(plog::Severity max_severity) : former_severity_(SeverityNow()) {
   static auto& logger = telemetry::common::InitDefaultLogger(max_severity, &TheAppender());
   logger.setMaxSeverity(max_severity);
 }
 
 LogCapture::~LogCapture() {
-  telemetry::common::DefaultLogger()->setMaxSeverity(plog::none);
+  telemetry::common::DefaultLogger()->setMaxSeverity(former_severity_);
   const std::lock_guard lock(TheAppender().mutex);
   TheAppender().lines.clear();
   TheAppender().action = nullptr;

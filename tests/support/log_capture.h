@@ -20,8 +20,8 @@ struct LogLine {
 };
 std::ostream& operator<<(std::ostream& stream, const LogLine& line);
 
-/// Captures the log records written while the object lives, and puts the logger back to silence afterwards. One at a
-/// time.
+/// Captures the log records written while the object lives, and gives the logger its former severity back afterwards:
+/// silence, when this object made it. One at a time.
 class LogCapture {
  public:
   /// Admits records up to `max_severity`.
@@ -38,6 +38,9 @@ class LogCapture {
 
   /// Calls `action` with every record from now on, before it is kept; what it throws leaves the log statement.
   void OnRecord(std::function<void(const plog::Record&)> action);
+
+ private:
+  plog::Severity former_severity_;
 };
 
 }  // namespace corvo::test

@@ -3,6 +3,7 @@
 
 #include <ostream>
 
+#include "support/case_name.h"
 #include "support/fixture_data.h"
 #include "support/temp_dir.h"
 #include "system/comparison.h"
@@ -103,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
                     FaultCase{"TruncateErrorWithWal", "WAL", {"truncate", SQLITE_IOERR_TRUNCATE}, "none"},
                     FaultCase{"DeleteErrorWithRollbackJournal", "DELETE", {"delete", SQLITE_IOERR_DELETE}, "all"},
                     FaultCase{"DeleteErrorWithWal", "WAL", {"delete", SQLITE_IOERR_DELETE}, "none"}),
-    [](const auto& parameter) { return parameter.param.name; });
+    CaseName());
 
 }  // namespace
 }  // namespace corvo::test

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <random>
 
+#include "support/case_name.h"
 #include "support/database.h"
 #include "support/fixture_data.h"
 #include "support/temp_dir.h"
@@ -137,8 +138,7 @@ TEST_P(KilledPass, OverTheSizeLimitLosesAtMostTheShareOfOneMoreTrim) {
   EXPECT_GE(inside, kKills / 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(JournalModes, KilledPass, testing::Values("DELETE", "WAL"),
-                         [](const auto& parameter) { return parameter.param; });
+INSTANTIATE_TEST_SUITE_P(JournalModes, KilledPass, testing::Values("DELETE", "WAL"), CaseName());
 
 }  // namespace
 }  // namespace corvo::test

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include "support/case_name.h"
 #include "support/database.h"
 #include "support/fixture_data.h"
 #include "support/temp_dir.h"
@@ -59,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(Locks, LockedDatabase,
                                          Lock{"ReaderWithRollbackJournal", "DELETE",
                                               "BEGIN; SELECT COUNT(*) FROM PowerEvents"},
                                          Lock{"WriterWithWal", "WAL", "BEGIN IMMEDIATE"}),
-                         [](const auto& parameter) { return parameter.param.name; });
+                         CaseName());
 
 }  // namespace
 }  // namespace corvo::test

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include "support/case_name.h"
 #include "support/fixture_data.h"
 #include "support/temp_dir.h"
 #include "system/comparison.h"
@@ -69,8 +70,7 @@ TEST_P(RefusedWrites, DatabaseThatMayOnlyBeReadFailsThePassAndKeepsItsRows) {
   EXPECT_TRUE(SameRows(work_, fixture_.Path()));
 }
 
-INSTANTIATE_TEST_SUITE_P(JournalModes, RefusedWrites, testing::Values("DELETE", "WAL"),
-                         [](const auto& parameter) { return parameter.param; });
+INSTANTIATE_TEST_SUITE_P(JournalModes, RefusedWrites, testing::Values("DELETE", "WAL"), CaseName());
 
 }  // namespace
 }  // namespace corvo::test

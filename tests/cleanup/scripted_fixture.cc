@@ -1,4 +1,4 @@
-#include "cleanup/scripted_test.h"
+#include "cleanup/scripted_fixture.h"
 
 #include <new>
 

@@ -1,4 +1,4 @@
-#include "cleanup/engine_test.h"
+#include "cleanup/engine_fixture.h"
 
 #include "storage/storage_settings.h"
 

@@ -7,9 +7,9 @@
 #include <string>
 
 #include "cleanup/database_map.h"
-#include "cleanup/record_matchers.h"
 #include "support/contract_factory.h"
 #include "support/database.h"
+#include "support/record_matchers.h"
 #include "support/temp_dir.h"
 
 namespace corvo::test {

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "cleanup/data_cleanup.h"
-#include "cleanup/record_matchers.h"
 #include "support/contract_factory.h"
 #include "support/log_capture.h"
+#include "support/record_matchers.h"
 #include "support/scripted_storage.h"
 
 namespace corvo::test {
@@ -54,10 +54,5 @@ struct Thrown {
   friend void PrintTo(const Thrown& value, std::ostream* stream) { *stream << value.name; }
 };
 std::vector<Thrown> ThrownThings();
-
-template <class Case>
-std::string CaseName(const testing::TestParamInfo<Case>& test_case) {
-  return test_case.param.name;
-}
 
 }  // namespace corvo::test

@@ -1,4 +1,4 @@
-#include "cleanup/kept_options.h"
+#include "support/kept_options.h"
 
 #include "contracts/lookups.h"
 

@@ -4,11 +4,11 @@
 
 #include <string>
 
-#include "cleanup/kept_options.h"
 #include "contracts/catalogue.h"
 #include "contracts/lookups.h"
 #include "storage/storage_settings.h"
 #include "support/database.h"
+#include "support/kept_options.h"
 #include "support/temp_dir.h"
 
 namespace corvo::test {
