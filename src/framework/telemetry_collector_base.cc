@@ -2,6 +2,14 @@
 
 #include <memory>
 
+// The interfaces above the collector have no more to define: one place for their tables of virtual operations.
+namespace corvo::shared::plugin {
+
+PluginBufferAllocator::~PluginBufferAllocator() = default;
+IPluginModule::~IPluginModule() = default;
+
+}  // namespace corvo::shared::plugin
+
 namespace corvo::telemetry::common {
 
 TelemetryCollectorBase::TelemetryCollectorBase() = default;
