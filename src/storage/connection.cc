@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <limits>
 #include <memory>
+#include <optional>
 
 #include "common/text.h"
 #include "storage/deadline.h"
@@ -70,6 +71,22 @@ Error SetConnectionOptions(sqlite3* handle, bool triggers_and_views) {
   }
   return sqlite3_exec(handle, kPragmas, nullptr, nullptr, nullptr) == SQLITE_OK ? Error() : Failure(handle);
 }
+
+/// Until 3.44, SQLite bars triggers and views of a distrusted schema from virtual tables, its own full-text and spatial
+/// indexes among them, which honest databases keep by triggers. For a statement that needs one the schema is trusted.
+/// Functions with side effects stay barred all the same: SQLite allows them in direct statements only.
+class TrustedSchema {
+ public:
+  explicit TrustedSchema(sqlite3* handle) : handle_(handle) { Set(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 1); }
+  TrustedSchema(const TrustedSchema&) = delete;
+  TrustedSchema& operator=(const TrustedSchema&) = delete;
+  ~TrustedSchema() { Set(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0); }
+
+ private:
+  sqlite3* handle_;
+};
+
+bool NeedsTrust(const Error& error) { return error.what.starts_with("unsafe use of virtual table"); }
 
 int Milliseconds(milliseconds time) {
   return static_cast<int>(std::clamp<std::int64_t>(time.count(), 0, std::numeric_limits<int>::max()));
@@ -165,8 +182,14 @@ Error Connection::RunChecked(const std::string& sql, const Parameters& parameter
     return error;
   }
   changed_tables_.clear();
+  std::optional<TrustedSchema> trusted;
   Statement statement;
-  if (Error error = Prepare(handle_, sql, statement); error.Failed()) {
+  Error error = Prepare(handle_, sql, statement);
+  if (NeedsTrust(error)) {
+    trusted.emplace(handle_);
+    error = Prepare(handle_, sql, statement);
+  }
+  if (error.Failed()) {
     return error;
   }
   return OnlyReads(statement.get()) ? RunRead(statement.get(), parameters, results)

@@ -18,8 +18,8 @@ namespace corvo::shared {
 /// @param file the file's name, absolute and without symbolic links, in UTF-8.
 [[nodiscard]] telemetry::common::Error CheckSoundness(sqlite3* handle, const std::string& file);
 
-/// Takes the file as it stands for what was found sound, after a statement of our own has written to it. A statement that
-/// met damage all the same leaves nothing to remember.
+/// Takes the file as it stands for what was found sound, after a statement of our own has written to it. A statement
+/// that met damage all the same leaves nothing to remember.
 void KeepVerdict(sqlite3* handle, const std::string& file, const telemetry::common::Error& result) noexcept;
 
 /// Closes the connection, which can move a write-ahead log into the file, and keeps what is remembered of it.

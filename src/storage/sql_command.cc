@@ -25,7 +25,7 @@ struct SqlCommand::State {
 
 Error SqlCommand::State::Run() {
   rows_passed = 0;
-  last_error = connection->Run(statement.c_str(), parameters, results);
+  last_error = connection->Run(statement, parameters, results);
   return last_error;
 }
 

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <list>
 #include <mutex>
 #include <string_view>
@@ -38,12 +39,28 @@ int Refuse(const char* reason, int code) {
   return code;
 }
 
-bool Belongs(std::string_view name) {
+bool IsDatabase(std::string_view name) { return current != nullptr && name == current->database; }
+
+bool IsSideFile(std::string_view name) {
   if (current == nullptr || current->database.empty() || !name.starts_with(current->database)) {
     return false;
   }
-  const std::string_view rest = name.substr(current->database.size());
-  return rest.empty() || rest == "-journal" || rest == "-wal" || rest == "-shm";
+  const std::string_view suffix = name.substr(current->database.size());
+  return suffix == "-journal" || suffix == "-wal" || suffix == "-shm";
+}
+
+/// Whether a journal that is not finished ends with the name of a super-journal. The name may be that of a side file,
+/// so what SQLite asks for does not tell it (https://www.sqlite.org/fileformat.html#the_rollback_journal).
+bool NamesSuperJournal(sqlite3_file* journal) {
+  constexpr std::array<unsigned char, 8> kMagic = {0xd9, 0xd5, 0x05, 0xf9, 0x20, 0xa1, 0x63, 0xd7};
+  sqlite3_int64 size = 0;
+  unsigned char first = 0;
+  std::array<unsigned char, kMagic.size()> last{};
+  return journal->pMethods->xFileSize(journal, &size) == SQLITE_OK && size > static_cast<int>(last.size()) &&
+         journal->pMethods->xRead(journal, &first, 1, 0) == SQLITE_OK && first != 0 &&
+         journal->pMethods->xRead(journal, last.data(), static_cast<int>(last.size()),
+                                  size - static_cast<int>(last.size())) == SQLITE_OK &&
+         last == kMagic;
 }
 
 /// Why a file must not be opened, or null. A missing one may be made.
@@ -64,10 +81,6 @@ int OpenBetweenLooks(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int
   if (const char* fault = Fault(before, side_file); fault != nullptr) {
     return Refuse(fault, SQLITE_CANTOPEN);
   }
-  if (side_file && (flags & SQLITE_OPEN_READONLY) != 0) {
-    // Opened for writing as well, a FIFO put here in this moment does not wait for a writer.
-    flags = (flags & ~SQLITE_OPEN_READONLY) | SQLITE_OPEN_READWRITE;
-  }
   const int code = Real(vfs)->xOpen(Real(vfs), name, file, flags, out_flags);
   if (code != SQLITE_OK) {
     return code;
@@ -75,6 +88,9 @@ int OpenBetweenLooks(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int
   const FileState after = LookAt(name);
   const bool same = before.kind == FileState::Kind::kMissing || before.IsSameFile(after);
   const char* fault = same ? Fault(after, side_file) : kSwapped;
+  if (fault == nullptr && (flags & SQLITE_OPEN_MAIN_JOURNAL) != 0 && NamesSuperJournal(file)) {
+    fault = kSeveralDatabases;
+  }
   if (fault != nullptr) {
     file->pMethods->xClose(file);
     file->pMethods = nullptr;
@@ -95,7 +111,7 @@ int OpenNamed(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags,
   if ((flags & SQLITE_OPEN_SUPER_JOURNAL) != 0) {
     return Refuse(kSeveralDatabases, SQLITE_CANTOPEN);
   }
-  if (!Belongs(name)) {
+  if (!IsDatabase(name) && !IsSideFile(name)) {
     return Refuse(kForeign, SQLITE_CANTOPEN);
   }
   if (const char* fault = FaultOfWalIndex(flags); fault != nullptr) {
@@ -119,14 +135,19 @@ int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int*
 }
 
 int Delete(sqlite3_vfs* vfs, const char* name, int sync_directory) {
-  return Belongs(name) ? Real(vfs)->xDelete(Real(vfs), name, sync_directory)
-                       : Refuse(kSeveralDatabases, SQLITE_IOERR_DELETE);
+  if (!IsSideFile(name)) {
+    return Refuse(kSeveralDatabases, SQLITE_IOERR_DELETE);
+  }
+  if (LookAt(name).kind == FileState::Kind::kOther) {
+    return Refuse(kNotRegular, SQLITE_IOERR_DELETE);
+  }
+  return Real(vfs)->xDelete(Real(vfs), name, sync_directory);
 }
 
 // A journal that names a super-journal makes SQLite ask for that file first, whatever it is.
 int Access(sqlite3_vfs* vfs, const char* name, int flags, int* answer) {
-  return Belongs(name) ? Real(vfs)->xAccess(Real(vfs), name, flags, answer)
-                       : Refuse(kSeveralDatabases, SQLITE_CANTOPEN);
+  return IsSideFile(name) ? Real(vfs)->xAccess(Real(vfs), name, flags, answer)
+                          : Refuse(kSeveralDatabases, SQLITE_CANTOPEN);
 }
 
 Guarded::Guarded(sqlite3_vfs& below)
@@ -147,6 +168,7 @@ class Registrations {
 
   ~Registrations() {
     for (Guarded& guarded : made_) {
+      LetOpeningWait(*guarded.real);
       sqlite3_vfs_unregister(&guarded);
     }
   }
@@ -159,6 +181,7 @@ class Registrations {
       }
     }
     Guarded& added = made_.emplace_back(below);
+    KeepOpeningFromWaiting(below);
     sqlite3_vfs_register(&added, 0);
     return added.name.c_str();
   }
@@ -175,6 +198,8 @@ Registrations registrations;
 FileGuard::FileGuard(ConnectionFiles& files) noexcept : former_(std::exchange(current, &files)) {}
 
 FileGuard::~FileGuard() { current = former_; }
+
+bool IsThreadGuarded() noexcept { return current != nullptr; }
 
 const char* GuardedVfs() {
   sqlite3_vfs* below = sqlite3_vfs_find(nullptr);

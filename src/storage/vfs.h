@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "common/error.h"
+struct sqlite3_vfs;
 
 namespace corvo::shared {
 
@@ -26,6 +26,17 @@ class FileGuard {
  private:
   ConnectionFiles* former_;
 };
+
+/// Whether this thread works on a connection of this library.
+[[nodiscard]] bool IsThreadGuarded() noexcept;
+
+/// Makes SQLite's own interface of the platform open no FIFO on a thread that is guarded: opening one for reading waits
+/// for a writer, and one can be put under the name of a side file between any look and the opening. Other threads, and
+/// platforms without FIFOs in the file system, see no difference.
+void KeepOpeningFromWaiting(sqlite3_vfs& platform);
+
+/// Takes the above back.
+void LetOpeningWait(sqlite3_vfs& platform);
 
 /// The name of SQLite's operating-system interface (https://www.sqlite.org/vfs.html) that keeps to `ConnectionFiles`.
 /// It stands on the one that is the default when it is asked for; the open files are that one's own, so reading and

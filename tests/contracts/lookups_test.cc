@@ -18,13 +18,13 @@ namespace corvo::test {
 namespace {
 
 using google::protobuf::Message;
+using shared::RemoveDatabaseExtension;
 using telemetry::contract::storage::device_profile::HwBattery;
 using telemetry::contracts::ContractCatalogue;
 using telemetry::contracts::DatabaseCatalogue;
 using telemetry::contracts::GetDatabaseName;
 using telemetry::contracts::GetPersistance;
 using telemetry::contracts::GetTableName;
-using shared::RemoveDatabaseExtension;
 
 struct NameCase {
   const Message* contract;

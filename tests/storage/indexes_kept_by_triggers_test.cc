@@ -50,8 +50,8 @@ constexpr Kept kRtree{
 class IndexKeptByTriggers : public StorageTest, public testing::WithParamInterface<std::tuple<Kept, const char*>> {
  protected:
   IndexKeptByTriggers() {
-    CreateSamples(0);
     Database database(file_);
+    database.Run("CREATE TABLE Samples(id INTEGER PRIMARY KEY, v)");
     database.Run(Index().schema);
     database.Run(
         "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 500) "

@@ -1,7 +1,6 @@
 // The time limit of a statement.
 #include <sqlite3.h>
 
-#include <fstream>
 #include <ostream>
 
 #include "storage/result_code.h"
@@ -18,24 +17,22 @@ using std::chrono::steady_clock;
 
 using TimeLimit = StorageTest;
 
-constexpr int kPageSize = 512;
+constexpr std::size_t kPageSize = 512;
 
 /// A table whose root page leads, by each of its entries, to a page that leads by each of its own to the next one, and
 /// so on: few pages, and a count within one step of SQLite that takes them for hundreds of millions.
 class RepeatingTree : public TimeLimit {
  protected:
-  void CreateRepeatingTree(int levels) {
-    {
-      Database database(file_);
-      database.Run("PRAGMA page_size=" + std::to_string(kPageSize));
-    }
+  void CreateRepeatingTree(std::uint32_t levels) {
+    Database(file_).Run("PRAGMA page_size=" + std::to_string(kPageSize) + "; CREATE TABLE Other(x)");
     CreateSamples(1700);
-    const auto root = Database(file_).Number("SELECT rootpage FROM sqlite_schema WHERE name = 'Samples'");
+    const auto root =
+        static_cast<std::size_t>(Database(file_).Number("SELECT rootpage FROM sqlite_schema WHERE name = 'Samples'"));
     std::string file = Content(file_);
     const auto pages = static_cast<std::uint32_t>(file.size() / kPageSize);
     const std::string interior = file.substr((root - 1) * kPageSize, kPageSize);
     const std::string leaf = interior.substr(ChildOf(interior, 0), 4);
-    for (int level = 1; level < levels; ++level) {
+    for (std::uint32_t level = 1; level < levels; ++level) {
       file += Leading(interior, level == levels - 1 ? leaf : BigEndian(pages + level + 1));
     }
     file.replace((root - 1) * kPageSize, kPageSize, Leading(interior, BigEndian(pages + 1)));
@@ -64,7 +61,7 @@ class RepeatingTree : public TimeLimit {
 };
 
 TEST_F(RepeatingTree, IsCountedNoLongerThanTheLimitAllows) {
-  constexpr int kLevels = 5;
+  constexpr std::uint32_t kLevels = 5;
   CreateRepeatingTree(kLevels);
   const OptionScope limit(&shared::StorageOptions::statement_time_limit, milliseconds(200));
   TelemetryStorage storage(file_.c_str(), "");
@@ -76,7 +73,7 @@ TEST_F(RepeatingTree, IsCountedNoLongerThanTheLimitAllows) {
 }
 
 TEST_F(RepeatingTree, IsDamageToAStatementThatWrites) {
-  constexpr int kLevels = 5;
+  constexpr std::uint32_t kLevels = 5;
   CreateRepeatingTree(kLevels);
   const std::string before = Content(file_);
   const OptionScope limit(&shared::StorageOptions::statement_time_limit, seconds(20));
