@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstring>
 #include <nlohmann/json.hpp>
 
@@ -25,20 +24,16 @@ const char* CategoryName(ErrorCategory category) {
   return "EC_Unknown";
 }
 
+std::string Member(const char* name, const std::string& text) {
+  return text.empty() ? std::string() : std::string(",\"") + name + "\":" + nlohmann::json(text).dump();
+}
+
+// Assembled here, in byte order of the names: the library's object allocates while it is destroyed, and running out of
+// memory there would end the host's process.
 std::string Serialise(const Error& error) {
-  nlohmann::json object;
-  object["version"] = 3;
-  object["category"] = CategoryName(error.category);
-  object["code"] = error.code;
-  const auto set = [&object](const char* name, const std::string& text) {
-    if (!text.empty()) {
-      object[name] = text;
-    }
-  };
-  set("what", error.what);
-  set("type", error.type);
-  set("origin", error.origin);
-  return object.dump();
+  return std::string("{\"category\":\"") + CategoryName(error.category) + "\",\"code\":" + std::to_string(error.code) +
+         Member("origin", error.origin) + Member("type", error.type) + ",\"version\":3" + Member("what", error.what) +
+         "}";
 }
 
 }  // namespace

@@ -17,6 +17,19 @@ bool IsValid(const std::tm& time) {
          InRange(time.tm_wday, 0, 6) && InRange(time.tm_yday, 0, 365);
 }
 
+/// Writes the time with the local zone; false when the stream has gone bad.
+bool Write(const std::tm& time, std::ostream& stream) {
+  try {
+    // Lack of memory must come out as what it is: kept as a bad state it would give an empty text, and a cutoff that
+    // silently expires nothing.
+    stream.exceptions(std::ios_base::badbit);
+    stream << std::put_time(&time, "%Y-%m-%dT%H:%M:%S%z");
+    return stream.good();
+  } catch (const std::ios_base::failure&) {
+    return false;
+  }
+}
+
 std::string TwoDigits(std::int64_t value) { return (value < 10 ? "0" : "") + std::to_string(value); }
 
 }  // namespace
@@ -27,11 +40,7 @@ std::string FormatUtcTime(const std::tm& time, std::int32_t offset_hours) {
   }
   std::ostringstream stream;
   stream.imbue(TimestampLocale());
-  stream << std::put_time(&time, "%Y-%m-%dT%H:%M:%S%z");
-  if (!stream.good()) {
-    return {};
-  }
-  return ReplaceZone(stream.str(), offset_hours);
+  return Write(time, stream) ? ReplaceZone(stream.str(), offset_hours) : std::string();
 }
 
 // Always five characters and always the last: the local zone that %z wrote must never reach the output.

@@ -173,10 +173,27 @@ Error CheckIndexes(sqlite3* handle) {
   return error;
 }
 
+/// Compaction copies what the schema names to the letter, which SQLite itself writes; reading is not so strict. A table
+/// whose entry was damaged in a letter can be read, and would be gone without a word.
+Error CheckSchemaTexts(sqlite3* handle) {
+  constexpr const char* kStrangeEntries =
+      "SELECT COUNT(*) FROM main.sqlite_schema WHERE typeof(type) <> 'text' "
+      "OR type NOT IN ('table', 'index', 'view', 'trigger') OR (sql IS NOT NULL AND substr(sql, 1, 7) <> 'CREATE ')";
+  std::int64_t entries = 0;
+  Error error = Count(handle, kStrangeEntries, entries);
+  if (!error.Failed() && entries > 0) {
+    error = Failure(ResultCode::kCorrupt, "the schema has an entry that SQLite did not write");
+  }
+  return error;
+}
+
 }  // namespace
 
 Error FindDamage(sqlite3* handle) {
-  Error error = CheckStructure(handle);
+  Error error = CheckSchemaTexts(handle);
+  if (!error.Failed()) {
+    error = CheckStructure(handle);
+  }
   return error.Failed() ? error : CheckIndexes(handle);
 }
 

@@ -9,11 +9,11 @@ namespace corvo::shared {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-Deadline::Deadline(sqlite3* handle, milliseconds limit) {
+Deadline::Deadline(sqlite3* handle, milliseconds limit) : handle_(handle) {
   // The clock's range is limited too.
   constexpr milliseconds kLongest = std::chrono::hours(24 * 365);
   if (limit.count() > 0) {
-    watcher_ = std::thread(&Deadline::Watch, this, handle, steady_clock::now() + std::min(limit, kLongest));
+    watcher_ = std::thread([this, end = steady_clock::now() + std::min(limit, kLongest)] { Watch(end); });
   }
 }
 
@@ -28,12 +28,12 @@ Deadline::~Deadline() {
   }
 }
 
-void Deadline::Watch(sqlite3* handle, steady_clock::time_point end) {
+void Deadline::Watch(steady_clock::time_point end) {
   // An interrupt between two steps is lost, so it is repeated until the statement has ended.
   constexpr milliseconds kAgain{5};
   std::unique_lock lock(mutex_);
   while (!over_.wait_until(lock, end, [this] { return done_; })) {
-    sqlite3_interrupt(handle);
+    sqlite3_interrupt(handle_);
     end = steady_clock::now() + kAgain;
   }
 }

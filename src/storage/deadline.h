@@ -22,8 +22,9 @@ class Deadline {
   ~Deadline();
 
  private:
-  void Watch(sqlite3* handle, std::chrono::steady_clock::time_point end);
+  void Watch(std::chrono::steady_clock::time_point end);
 
+  sqlite3* handle_;
   std::mutex mutex_;
   std::condition_variable over_;
   bool done_ = false;

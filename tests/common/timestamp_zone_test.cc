@@ -1,40 +1,16 @@
 #include <gtest/gtest.h>
 #include <time.h>
 
-#include <cstdlib>
-#include <optional>
 #include <string>
 
 #include "common/timestamp.h"
 #include "common/timestamp_fields.h"
-#include "support/environment.h"
+#include "support/local_zone.h"
 
 namespace corvo::test {
 namespace {
 
 using telemetry::common::FormatUtcTime;
-
-/// The process's zone while the object lives.
-class LocalZone {
- public:
-  explicit LocalZone(const char* zone) {
-    if (const char* former = std::getenv("TZ"); former != nullptr) {
-      former_ = former;
-    }
-    Set(zone);
-  }
-  LocalZone(const LocalZone&) = delete;
-  LocalZone& operator=(const LocalZone&) = delete;
-  ~LocalZone() { Set(former_ ? former_->c_str() : nullptr); }
-
- private:
-  static void Set(const char* zone) {
-    SetEnvironment("TZ", zone);
-    tzset();
-  }
-
-  std::optional<std::string> former_;
-};
 
 class FormatUtcTimeInZone : public testing::TestWithParam<const char*> {};
 
