@@ -11,10 +11,9 @@
 #include "common/text.h"
 #include "storage/deadline.h"
 #include "storage/failure.h"
-#include "storage/file_access.h"
-#include "storage/schema_check.h"
 #include "storage/soundness.h"
 #include "storage/statement_observer.h"
+#include "storage/verdicts.h"
 
 namespace corvo::shared {
 namespace {

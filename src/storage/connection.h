@@ -6,9 +6,9 @@
 
 #include "common/error.h"
 #include "storage/database_path.h"
+#include "storage/file_access.h"
 #include "storage/statement.h"
 #include "storage/storage_options.h"
-#include "storage/vfs.h"
 
 namespace corvo::shared {
 

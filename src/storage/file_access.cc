@@ -2,6 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <array>
+#include <list>
+#include <mutex>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -34,6 +38,186 @@ Error CheckSideFiles(const std::filesystem::path& file) {
   return {};
 }
 
+constexpr const char* kNotRegular = "its database or side file is not a regular file";
+constexpr const char* kLinked = "its side file is a file with several links";
+constexpr const char* kSwapped = "its database or side file was replaced while it was opened";
+constexpr const char* kForeign = "no other file may be opened beside it";
+constexpr const char* kSeveralDatabases =
+    "its journal belongs to a transaction over several databases, which must not be undone in one of them alone";
+
+thread_local ConnectionFiles* current = nullptr;
+
+/// Our interface over the one that was the default when it was made: a copy with three functions of our own.
+struct Guarded : sqlite3_vfs {
+  explicit Guarded(sqlite3_vfs& below);
+
+  std::string name;
+  sqlite3_vfs* real;
+};
+
+sqlite3_vfs* Real(sqlite3_vfs* vfs) { return static_cast<Guarded*>(vfs)->real; }
+
+int Refuse(const char* reason, int code) {
+  if (current != nullptr) {
+    current->refusal = reason;
+  }
+  return code;
+}
+
+bool IsDatabase(std::string_view name) { return current != nullptr && name == current->database; }
+
+bool IsSideFile(std::string_view name) {
+  if (current == nullptr || current->database.empty() || !name.starts_with(current->database)) {
+    return false;
+  }
+  const std::string_view suffix = name.substr(current->database.size());
+  return suffix == "-journal" || suffix == "-wal" || suffix == "-shm";
+}
+
+/// Whether a journal that is not finished ends with the name of a super-journal. The name may be that of a side file,
+/// so what SQLite asks for does not tell it (https://www.sqlite.org/fileformat.html#the_rollback_journal).
+bool NamesSuperJournal(sqlite3_file* journal) {
+  constexpr std::array<unsigned char, 8> kMagic = {0xd9, 0xd5, 0x05, 0xf9, 0x20, 0xa1, 0x63, 0xd7};
+  sqlite3_int64 size = 0;
+  unsigned char first = 0;
+  std::array<unsigned char, kMagic.size()> last{};
+  return journal->pMethods->xFileSize(journal, &size) == SQLITE_OK && size > static_cast<int>(last.size()) &&
+         journal->pMethods->xRead(journal, &first, 1, 0) == SQLITE_OK && first != 0 &&
+         journal->pMethods->xRead(journal, last.data(), static_cast<int>(last.size()),
+                                  size - static_cast<int>(last.size())) == SQLITE_OK &&
+         last == kMagic;
+}
+
+/// Why a file must not be opened, or null. A missing one may be made.
+const char* Fault(const FileState& state, bool side_file) {
+  if (state.kind == FileState::Kind::kMissing) {
+    return nullptr;
+  }
+  if (state.kind != FileState::Kind::kRegular) {
+    return kNotRegular;
+  }
+  return side_file && state.links > 1 ? kLinked : nullptr;
+}
+
+/// Opens a file between two looks at it, so that one that was exchanged in between is never read or written.
+int OpenBetweenLooks(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* out_flags) {
+  const bool side_file = (flags & SQLITE_OPEN_MAIN_DB) == 0;
+  const FileState before = LookAt(name);
+  if (const char* fault = Fault(before, side_file); fault != nullptr) {
+    return Refuse(fault, SQLITE_CANTOPEN);
+  }
+  const int code = Real(vfs)->xOpen(Real(vfs), name, file, flags, out_flags);
+  if (code != SQLITE_OK) {
+    return code;
+  }
+  const FileState after = LookAt(name);
+  const bool same = before.kind == FileState::Kind::kMissing || before.IsSameFile(after);
+  const char* fault = same ? Fault(after, side_file) : kSwapped;
+  if (fault == nullptr && (flags & SQLITE_OPEN_MAIN_JOURNAL) != 0 && NamesSuperJournal(file)) {
+    fault = kSeveralDatabases;
+  }
+  if (fault != nullptr) {
+    file->pMethods->xClose(file);
+    file->pMethods = nullptr;
+    return Refuse(fault, SQLITE_CANTOPEN);
+  }
+  return SQLITE_OK;
+}
+
+/// The write-ahead log brings its index along, which SQLite opens on its own.
+const char* FaultOfWalIndex(int flags) {
+  return (flags & SQLITE_OPEN_WAL) != 0 ? Fault(LookAt((current->database + "-shm").c_str()), true) : nullptr;
+}
+
+int OpenNamed(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* out_flags) {
+  if (current != nullptr && current->database.empty() && (flags & SQLITE_OPEN_MAIN_DB) != 0) {
+    current->database = name;
+  }
+  if ((flags & SQLITE_OPEN_SUPER_JOURNAL) != 0) {
+    return Refuse(kSeveralDatabases, SQLITE_CANTOPEN);
+  }
+  if (!IsDatabase(name) && !IsSideFile(name)) {
+    return Refuse(kForeign, SQLITE_CANTOPEN);
+  }
+  if (const char* fault = FaultOfWalIndex(flags); fault != nullptr) {
+    return Refuse(fault, SQLITE_CANTOPEN);
+  }
+  return OpenBetweenLooks(vfs, name, file, flags, out_flags);
+}
+
+int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* out_flags) {
+  constexpr int kTemporary =
+      SQLITE_OPEN_TEMP_DB | SQLITE_OPEN_TEMP_JOURNAL | SQLITE_OPEN_TRANSIENT_DB | SQLITE_OPEN_SUBJOURNAL;
+  file->pMethods = nullptr;
+  if (name == nullptr || (flags & kTemporary) != 0) {
+    return Real(vfs)->xOpen(Real(vfs), name, file, flags, out_flags);
+  }
+  try {
+    return OpenNamed(vfs, name, file, flags, out_flags);
+  } catch (...) {
+    return SQLITE_NOMEM;
+  }
+}
+
+int Delete(sqlite3_vfs* vfs, const char* name, int sync_directory) {
+  if (!IsSideFile(name)) {
+    return Refuse(kSeveralDatabases, SQLITE_IOERR_DELETE);
+  }
+  if (LookAt(name).kind == FileState::Kind::kOther) {
+    return Refuse(kNotRegular, SQLITE_IOERR_DELETE);
+  }
+  return Real(vfs)->xDelete(Real(vfs), name, sync_directory);
+}
+
+// A journal that names a super-journal makes SQLite ask for that file first, whatever it is.
+int Access(sqlite3_vfs* vfs, const char* name, int flags, int* answer) {
+  return IsSideFile(name) ? Real(vfs)->xAccess(Real(vfs), name, flags, answer)
+                          : Refuse(kSeveralDatabases, SQLITE_CANTOPEN);
+}
+
+Guarded::Guarded(sqlite3_vfs& below)
+    : sqlite3_vfs(below), name(std::string("corvo-telemetry-") + below.zName), real(&below) {
+  zName = name.c_str();
+  pNext = nullptr;
+  xOpen = &Open;
+  xDelete = &Delete;
+  xAccess = &Access;
+}
+
+/// The interfaces that were made. They leave SQLite's list with this library, which can be unloaded before SQLite is.
+class Registrations {
+ public:
+  Registrations() = default;
+  Registrations(const Registrations&) = delete;
+  Registrations& operator=(const Registrations&) = delete;
+
+  ~Registrations() {
+    for (Guarded& guarded : made_) {
+      LetOpeningWait(*guarded.real);
+      sqlite3_vfs_unregister(&guarded);
+    }
+  }
+
+  const char* NameOver(sqlite3_vfs& below) {
+    const std::lock_guard lock(mutex_);
+    for (const Guarded& guarded : made_) {
+      if (guarded.real == &below) {
+        return guarded.name.c_str();
+      }
+    }
+    Guarded& added = made_.emplace_back(below);
+    KeepOpeningFromWaiting(below);
+    sqlite3_vfs_register(&added, 0);
+    return added.name.c_str();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::list<Guarded> made_;  // a list: SQLite keeps the addresses
+};
+
+Registrations registrations;
+
 }  // namespace
 
 Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path& resolved) {
@@ -58,6 +242,17 @@ Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path
   }
   resolved = std::move(file);
   return {};
+}
+
+FileGuard::FileGuard(ConnectionFiles& files) noexcept : former_(std::exchange(current, &files)) {}
+
+FileGuard::~FileGuard() { current = former_; }
+
+bool IsThreadGuarded() noexcept { return current != nullptr; }
+
+const char* GuardedVfs() {
+  sqlite3_vfs* below = sqlite3_vfs_find(nullptr);
+  return below != nullptr ? registrations.NameOver(*below) : nullptr;
 }
 
 }  // namespace corvo::shared

@@ -1,10 +1,42 @@
+#include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 
 #include "storage/file_access.h"
 
 namespace corvo::shared {
+namespace {
+
+// SQLite's own type of its replaceable system calls, and of the one that opens files
+// (https://www.sqlite.org/c3ref/vfs.html).
+using SystemCall = sqlite3_syscall_ptr;
+using OpenFunction = int (*)(const char* path, int flags, int mode);
+
+constexpr const char* kOpen = "open";
+OpenFunction former_open = nullptr;
+
+int OpenNoFifo(const char* path, int flags, int mode) {
+  if (!IsThreadGuarded()) {
+    return former_open(path, flags, mode);
+  }
+  const int file = former_open(path, flags | O_NONBLOCK, mode);
+  struct stat status {};
+  if (file >= 0 && fstat(file, &status) == 0 && S_ISFIFO(status.st_mode)) {
+    close(file);
+    errno = ENXIO;
+    return -1;
+  }
+  return file;
+}
+
+bool HasSystemCalls(const sqlite3_vfs& platform) {
+  return platform.iVersion >= 3 && platform.xSetSystemCall != nullptr;
+}
+
+}  // namespace
 
 const char* PlatformDataDirectory() { return "/var/lib/corvo/telemetry/data/"; }
 
@@ -23,6 +55,23 @@ FileState LookAt(const char* name) noexcept {
   state.size = static_cast<std::uint64_t>(status.st_size);
   state.modified = status.st_mtim.tv_sec * kNanosecondsPerSecond + status.st_mtim.tv_nsec;
   return state;
+}
+
+void KeepOpeningFromWaiting(sqlite3_vfs& platform) {
+  if (former_open != nullptr || !HasSystemCalls(platform)) {
+    return;
+  }
+  if (const SystemCall open = platform.xGetSystemCall(&platform, kOpen); open != nullptr) {
+    former_open = reinterpret_cast<OpenFunction>(open);
+    platform.xSetSystemCall(&platform, kOpen, reinterpret_cast<SystemCall>(&OpenNoFifo));
+  }
+}
+
+void LetOpeningWait(sqlite3_vfs& platform) {
+  if (former_open != nullptr && HasSystemCalls(platform)) {
+    platform.xSetSystemCall(&platform, kOpen, reinterpret_cast<SystemCall>(former_open));
+    former_open = nullptr;
+  }
 }
 
 }  // namespace corvo::shared

@@ -2,155 +2,269 @@
 
 #include <sqlite3.h>
 
-#include <array>
-#include <chrono>
-#include <map>
-#include <mutex>
-#include <optional>
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
 
-#include "storage/damage_check.h"
-#include "storage/file_access.h"
-#include "storage/result_code.h"
+#include "storage/failure.h"
+#include "storage/statement.h"
 
 namespace corvo::shared {
 namespace {
 
-using std::chrono::steady_clock;
 using telemetry::common::Error;
 
-// Long enough for a visit, short against the life of a damaged disk.
-constexpr std::chrono::minutes kVerdictLasts{5};
-
-/// The fields of the first page by which a transaction of SQLite is told from any other change
-/// (https://www.sqlite.org/fileformat.html#the_database_header).
-struct Header {
-  std::uint32_t changes = 0;    ///< change counter
-  std::uint32_t valid_for = 0;  ///< the counter when the size was written
-  std::uint64_t bytes = 0;      ///< size of the database
-};
-
-struct Stamp {
-  FileState state;
-  std::optional<Header> header;  ///< none when it could not be read
-};
-
-struct Verdict {
-  Stamp stamp;
-  Error result;
-  steady_clock::time_point found;
-};
-
-std::mutex mutex;
-std::map<std::string, Verdict> verdicts;
-
-std::uint32_t BigEndian(const unsigned char* bytes, int size) {
-  std::uint32_t value = 0;
-  for (int index = 0; index < size; ++index) {
-    value = value << 8U | bytes[index];
-  }
-  return value;
+// With what stands behind a zero byte, which SQLite does not see.
+std::string_view WholeTextOf(sqlite3_stmt* statement, int column) {
+  const void* text = sqlite3_column_text(statement, column);
+  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+  return text != nullptr ? std::string_view(static_cast<const char*>(text), size) : std::string_view();
 }
 
-std::optional<Header> ReadHeader(sqlite3* handle) {
-  sqlite3_file* file = nullptr;
-  std::array<unsigned char, 100> page{};
-  // Through SQLite's own open file: closing another one would release the locks of this process.
-  if (sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || file == nullptr ||
-      file->pMethods == nullptr ||
-      file->pMethods->xRead(file, page.data(), static_cast<int>(page.size()), 0) != SQLITE_OK) {
-    return std::nullopt;
+bool Is(std::string_view text, const char* word) { return sqlite3_stricmp(std::string(text).c_str(), word) == 0; }
+
+/// What is wrong with a row of the schema, as a text that does not repeat its names; null when nothing is.
+const char* FaultOf(std::string_view type, std::string_view name, std::string_view table) {
+  for (const std::string_view text : {type, name, table}) {
+    if (text.find('\0') != std::string_view::npos) {
+      return "the schema has a name with a zero byte";
+    }
+    if (text.find(kMissingTableText) != std::string_view::npos) {
+      return "the schema has a name that reads like an error message";
+    }
   }
-  const std::uint32_t stored = BigEndian(&page[16], 2);
-  const std::uint64_t page_size = stored == 1 ? 65'536 : stored;
-  return Header{BigEndian(&page[24], 4), BigEndian(&page[92], 4), page_size * BigEndian(&page[28], 4)};
+  const bool answers = Is(type, "table") || Is(type, "view");
+  return answers && Is(name, "dbstat") ? "the schema has an object named dbstat" : nullptr;
 }
 
-Stamp StampOf(sqlite3* handle, const std::string& file) { return {LookAt(file.c_str()), ReadHeader(handle)}; }
-
-/// Whether the file is what it was, or what a transaction of SQLite has made of it.
-bool IsOrdinaryChange(const Stamp& before, const Stamp& now) {
-  if (now.state.IsUnchanged(before.state)) {
-    return true;
+/// Whether a query about a table has a row.
+Error HasRow(sqlite3* handle, const char* query, const std::string& table, bool& found) {
+  Statement statement;
+  Rows rows;
+  Error error = Prepare(handle, query, statement);
+  if (!error.Failed()) {
+    error = Run(statement.get(), {table}, rows);
   }
-  return now.state.IsSameFile(before.state) && before.header && now.header &&
-         now.header->changes - before.header->changes - 1 < 0x7fff'ffffU &&
-         now.header->valid_for == now.header->changes && now.header->bytes <= now.state.size;
+  found = rows.count > 0;
+  return error;
 }
 
-bool StillHolds(const Verdict& verdict, const Stamp& now) {
-  if (steady_clock::now() - verdict.found > kVerdictLasts) {
+/// Rows that break a CHECK constraint are the user's business, but quick_check reports them like damage.
+class ChecksIgnored {
+ public:
+  explicit ChecksIgnored(sqlite3* handle) : handle_(handle) { Run("PRAGMA ignore_check_constraints=ON"); }
+  ChecksIgnored(const ChecksIgnored&) = delete;
+  ChecksIgnored& operator=(const ChecksIgnored&) = delete;
+  ~ChecksIgnored() { Run("PRAGMA ignore_check_constraints=OFF"); }
+
+ private:
+  void Run(const char* sql) noexcept { sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr); }
+
+  sqlite3* handle_;
+};
+
+/// What SQLite says of the pages of a database, a line a finding, begins with this line.
+constexpr std::string_view kPagesHeading = "*** in database main ***\n";
+
+bool IsLeakedPage(std::string_view line) {
+  // "Page 7 is never used" until 3.41, "Page 7: never used" since.
+  constexpr std::string_view kPage = "Page ";
+  if (!line.starts_with(kPage)) {
     return false;
   }
-  // Whatever changed a damaged file may have mended it.
-  return verdict.result.Failed() ? now.state.IsUnchanged(verdict.stamp.state) : IsOrdinaryChange(verdict.stamp, now);
+  line.remove_prefix(kPage.size());
+  const std::size_t digits = std::min(line.find_first_not_of("0123456789"), line.size());
+  line.remove_prefix(digits);
+  return digits > 0 && (line == " is never used" || line == ": never used");
 }
 
-std::optional<Error> Recall(const std::string& file, const Stamp& now) {
-  const std::lock_guard lock(mutex);
-  const auto known = verdicts.find(file);
-  if (known == verdicts.end() || !StillHolds(known->second, now)) {
-    return std::nullopt;
+/// Findings about single rows and about indexes of virtual tables. Names of the file stand behind the part that counts.
+bool IsHarmlessContent(std::string_view finding) {
+  constexpr std::string_view kHarmless[] = {
+      "NULL value in ",
+      "NUMERIC value in ",
+      "TEXT value in ",
+      "non-INT value in ",
+      "non-INTEGER value in ",
+      "non-REAL value in ",
+      "non-TEXT value in ",
+      "non-BLOB value in ",
+      // One that is behind its table, and one that keeps no content to compare it with.
+      "malformed inverted index for FTS",
+      "unable to validate the inverted index for FTS",
+  };
+  return std::any_of(std::begin(kHarmless), std::end(kHarmless),
+                     [finding](std::string_view harmless) { return finding.starts_with(harmless); });
+}
+
+/// The first part of a finding that is damage; empty when none is.
+std::string_view DamageIn(std::string_view finding) {
+  if (!finding.starts_with(kPagesHeading)) {
+    return finding == "ok" || IsHarmlessContent(finding) ? std::string_view() : finding;
   }
-  known->second.stamp = now;
-  return known->second.result;
-}
-
-void Remember(const std::string& file, const Stamp& stamp, const Error& result) {
-  const std::lock_guard lock(mutex);
-  const auto now = steady_clock::now();
-  std::erase_if(verdicts, [now](const auto& verdict) { return now - verdict.second.found > kVerdictLasts; });
-  verdicts.insert_or_assign(file, Verdict{stamp, result, now});
-}
-
-void Restamp(const std::string& file, const Stamp& stamp) noexcept {
-  const std::lock_guard lock(mutex);
-  if (const auto known = verdicts.find(file); known != verdicts.end()) {
-    known->second.stamp = stamp;
+  finding.remove_prefix(kPagesHeading.size());
+  while (!finding.empty()) {
+    const std::string_view line = finding.substr(0, finding.find('\n'));
+    if (!IsLeakedPage(line)) {
+      return line;
+    }
+    finding.remove_prefix(std::min(line.size() + 1, finding.size()));
   }
+  return {};
 }
 
-void Forget(const std::string& file) noexcept {
-  const std::lock_guard lock(mutex);
-  verdicts.erase(file);
+std::string_view TextOf(sqlite3_stmt* statement, int column) {
+  const void* text = sqlite3_column_text(statement, column);
+  return text != nullptr ? std::string_view(static_cast<const char*>(text)) : std::string_view();
 }
 
-bool IsKnownAsItStands(const std::string& file, const Stamp& now) noexcept {
-  const std::lock_guard lock(mutex);
-  const auto known = verdicts.find(file);
-  return known != verdicts.end() && StillHolds(known->second, now);
+Error CheckStructure(sqlite3* handle) {
+  const ChecksIgnored ignored(handle);
+  Statement statement;
+  // As many findings as a text can hold: leaked pages must not hide damage behind them.
+  constexpr int kMostFindings = 500'000;
+  const std::string sql = "PRAGMA main.quick_check(" + std::to_string(kMostFindings) + ")";
+  if (Error error = Prepare(handle, sql, statement); error.Failed()) {
+    return error;
+  }
+  int findings = 0;
+  int code = sqlite3_step(statement.get());
+  for (; code == SQLITE_ROW; code = sqlite3_step(statement.get())) {
+    const std::string_view finding = TextOf(statement.get(), 0);
+    findings += 1 + static_cast<int>(std::count(finding.begin(), finding.end(), '\n'));
+    if (const std::string_view damage = DamageIn(finding); !damage.empty()) {
+      return Failure(ResultCode::kCorrupt, std::string(damage));
+    }
+  }
+  if (code != SQLITE_DONE) {
+    return Failure(handle);
+  }
+  return findings < kMostFindings ? Error() : Failure(ResultCode::kCorrupt, "more findings than can be looked at");
+}
+
+/// Quotes names of the file: the pattern holds one %w for each.
+template <class... Names>
+std::string Sql(const char* pattern, const Names&... names) {
+  const std::unique_ptr<char, decltype(&sqlite3_free)> text(sqlite3_mprintf(pattern, names...), &sqlite3_free);
+  if (text == nullptr) {
+    throw std::bad_alloc();
+  }
+  return text.get();
+}
+
+Error Count(sqlite3* handle, const std::string& sql, std::int64_t& count) {
+  Statement statement;
+  if (Error error = Prepare(handle, sql, statement); error.Failed()) {
+    return error;
+  }
+  if (sqlite3_step(statement.get()) != SQLITE_ROW) {
+    return Failure(handle);
+  }
+  count = sqlite3_column_int64(statement.get(), 0);
+  return {};
+}
+
+Error CountEntries(sqlite3* handle, const char* table, const char* index, std::int64_t rows) {
+  // The second column keeps SQLite from counting in an index of its own choice.
+  std::int64_t entries = 0;
+  if (Error error = Count(handle, Sql("SELECT COUNT(*), 1 FROM main.\"%w\" INDEXED BY \"%w\"", table, index), entries);
+      error.Failed()) {
+    // An index over a function or a collation that this library lacks: nothing can change its table either.
+    return error.code == SQLITE_ERROR ? Error() : error;
+  }
+  return rows == entries ? Error()
+                         : Failure(ResultCode::kCorrupt, Sql("the index %s has %lld entries for the %lld rows of %s",
+                                                             index, entries, rows, table));
+}
+
+Error CheckIndexes(sqlite3* handle) {
+  // Partial indexes have fewer entries by intent.
+  constexpr const char* kIndexes =
+      "SELECT t.name, i.name FROM main.sqlite_schema t, pragma_index_list(t.name, 'main') i "
+      "WHERE t.type = 'table' AND t.rootpage > 0 AND NOT i.partial";
+  Rows indexes;
+  Statement statement;
+  Error error = Prepare(handle, kIndexes, statement);
+  if (!error.Failed()) {
+    error = Run(statement.get(), {}, indexes);
+  }
+  const char* counted = "";
+  std::int64_t rows = 0;
+  for (int index = 0; index < indexes.count && !error.Failed(); ++index) {
+    const char* table = indexes[index][0].GetColumnValue();
+    if (std::strcmp(counted, table) != 0) {
+      error = Count(handle, Sql("SELECT COUNT(*) FROM main.\"%w\" NOT INDEXED", table), rows);
+      counted = table;
+    }
+    if (!error.Failed()) {
+      error = CountEntries(handle, table, indexes[index][1].GetColumnValue(), rows);
+    }
+  }
+  return error;
+}
+
+/// Compaction copies what the schema names to the letter, which SQLite itself writes; reading is not so strict. A table
+/// whose entry was damaged in a letter can be read, and would be gone without a word.
+Error CheckSchemaTexts(sqlite3* handle) {
+  constexpr const char* kStrangeEntries =
+      "SELECT COUNT(*) FROM main.sqlite_schema WHERE typeof(type) <> 'text' "
+      "OR type NOT IN ('table', 'index', 'view', 'trigger') OR (sql IS NOT NULL AND substr(sql, 1, 7) <> 'CREATE ')";
+  std::int64_t entries = 0;
+  Error error = Count(handle, kStrangeEntries, entries);
+  if (!error.Failed() && entries > 0) {
+    error = Failure(ResultCode::kCorrupt, "the schema has an entry that SQLite did not write");
+  }
+  return error;
 }
 
 }  // namespace
 
-Error CheckSoundness(sqlite3* handle, const std::string& file) {
-  const Stamp stamp = StampOf(handle, file);
-  if (std::optional<Error> known = Recall(file, stamp); known) {
-    return *std::move(known);
+Error CheckSchema(sqlite3* handle) {
+  Statement statement;
+  if (Error error = Prepare(handle, "SELECT type, name, tbl_name FROM main.sqlite_schema", statement); error.Failed()) {
+    return error;
   }
-  Error result = FindDamage(handle);
-  // A check that could not be made to its end says nothing of the file.
-  if (!result.Failed() || IsDamaged(result)) {
-    Remember(file, stamp, result);
+  int code = sqlite3_step(statement.get());
+  for (; code == SQLITE_ROW; code = sqlite3_step(statement.get())) {
+    const char* fault =
+        FaultOf(WholeTextOf(statement.get(), 0), WholeTextOf(statement.get(), 1), WholeTextOf(statement.get(), 2));
+    if (fault != nullptr) {
+      return Failure(ResultCode::kAuth, fault);
+    }
   }
-  return result;
+  return code == SQLITE_DONE ? Error() : Failure(handle);
 }
 
-void KeepVerdict(sqlite3* handle, const std::string& file, const Error& result) noexcept {
-  if (IsDamaged(result)) {
-    Forget(file);
-  } else {
-    Restamp(file, StampOf(handle, file));
+Error CheckRowids(sqlite3* handle, const std::set<std::string>& tables) {
+  // Where the primary key is the rowid itself it has no index; a column of a longer key, or of a table without rowids,
+  // has.
+  constexpr const char* kOrdinaryRowid =
+      "SELECT 1 FROM pragma_table_xinfo(?1, 'main') WHERE lower(name) = 'rowid' AND (pk = 0 OR EXISTS "
+      "(SELECT 1 FROM pragma_index_list(?1, 'main') WHERE origin = 'pk'))";
+  for (const std::string& table : tables) {
+    bool found = false;
+    if (Error error = HasRow(handle, kOrdinaryRowid, table, found); error.Failed()) {
+      return error;
+    }
+    if (found) {
+      return Failure(ResultCode::kAuth,
+                     "the table " + table + " has an ordinary column called rowid, which hides the rowid of its rows");
+    }
   }
+  return {};
 }
 
-void CloseKeepingVerdict(sqlite3* handle, const std::string& file) noexcept {
-  const Stamp before = StampOf(handle, file);
-  const bool known = IsKnownAsItStands(file, before);
-  sqlite3_close(handle);
-  if (known) {
-    const FileState after = LookAt(file.c_str());
-    Restamp(file, {after, after.IsUnchanged(before.state) ? before.header : std::nullopt});
+Error FindDamage(sqlite3* handle) {
+  Error error = CheckSchemaTexts(handle);
+  if (!error.Failed()) {
+    error = CheckStructure(handle);
   }
+  return error.Failed() ? error : CheckIndexes(handle);
 }
 
 }  // namespace corvo::shared

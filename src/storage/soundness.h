@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "common/error.h"
@@ -8,21 +9,29 @@ struct sqlite3;
 
 namespace corvo::shared {
 
-// What is remembered of files between the statements of a visit, for the whole process: one look through a file serves
-// all statements on it for a few minutes, whichever connection they run on. What is remembered is bound to the file's
-// identity: a file that was replaced, cut or changed other than by SQLite is looked through anew; other programs'
-// ordinary transactions are not. Thread-safe.
+// What the schema of a file may not hold, because a statement would then do something else than it says. All of it is a
+// refusal (`IsRefused`) that leaves the file as it is.
 
-/// Whether the open file is sound: what is remembered, or what `FindDamage` says now.
+/// Refuses a schema with
+/// - a table or view called dbstat, in any letter case: it would answer in place of SQLite's page statistics;
+/// - a name with a zero byte, of which SQLite sees the first part only, and other readers all of it;
+/// - a name that contains SQLite's words for a missing table: quoted in a message, it would turn any failure into a
+///   missing table, which counts as clean.
+[[nodiscard]] telemetry::common::Error CheckSchema(sqlite3* handle);
+
+/// Refuses tables with an ordinary column called rowid, which hides the row's own rowid: "the smallest rowids" would
+/// then mean whatever the column holds. A column that is the rowid (INTEGER PRIMARY KEY) is fine.
+[[nodiscard]] telemetry::common::Error CheckRowids(sqlite3* handle, const std::set<std::string>& tables);
+
+/// Looks through the whole file for damage: SQLite's own quick_check
+/// (https://www.sqlite.org/pragma.html#pragma_quick_check), whether the entries of the schema are as SQLite writes
+/// them, and whether each index has as many entries as its table has rows, because a count reads the smallest index.
+/// Costs one reading of the file, and a second one of tables with indexes.
 ///
-/// @param file the file's name, absolute and without symbolic links, in UTF-8.
-[[nodiscard]] telemetry::common::Error CheckSoundness(sqlite3* handle, const std::string& file);
-
-/// Takes the file as it stands for what was found sound, after a statement of our own has written to it. A statement
-/// that met damage all the same leaves nothing to remember.
-void KeepVerdict(sqlite3* handle, const std::string& file, const telemetry::common::Error& result) noexcept;
-
-/// Closes the connection, which can move a write-ahead log into the file, and keeps what is remembered of it.
-void CloseKeepingVerdict(sqlite3* handle, const std::string& file) noexcept;
+/// What quick_check also reports and is no damage passes: pages that belong to nothing, values that break a constraint
+/// of their column, a full-text index that is behind its table. Writing to such a file loses nothing.
+///
+/// @return success; `IsDamaged` with the first finding; or why the file could not be looked through.
+[[nodiscard]] telemetry::common::Error FindDamage(sqlite3* handle);
 
 }  // namespace corvo::shared
