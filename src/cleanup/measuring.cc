@@ -46,7 +46,7 @@ common::Error Count(const google::protobuf::Message* contract, std::uint32_t& co
     return e;
   } catch (...) {
     // Blind to what was caught, and without a separator in the log: kept as it is on purpose.
-    const common::Error error(cleanup::OperationFailure(kCountTag, kHandlerLine, "- UNKNOWN EXCEPTION"));
+    common::Error error(cleanup::OperationFailure(kCountTag, kHandlerLine, "- UNKNOWN EXCEPTION"));
     CORVO_LOG(plog::error, kCountTag) << kCountTag << error;
     return error;
   }
