@@ -211,7 +211,7 @@ Error Connection::RunWrite(sqlite3_stmt* statement, const Parameters& parameters
 
 // What can still be read of a damaged file may be read.
 Error Connection::RunRead(sqlite3_stmt* statement, const Parameters& parameters, Rows& results) {
-  const Error soundness = Soundness();
+  Error soundness = Soundness();
   if (soundness.Failed() && !IsDamaged(soundness)) {
     return soundness;
   }

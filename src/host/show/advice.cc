@@ -55,9 +55,12 @@ std::string OtherAdvice(const common::Error& failure) {
 
 std::string Advice(const Json& result) {
   const common::Error failure = ReadError(result);
-  const auto kind =
-      std::find_if(Kinds().begin(), Kinds().end(), [&failure](const Kind& entry) { return entry.applies(failure); });
-  return kind == Kinds().end() ? OtherAdvice(failure) : kind->advice;
+  for (const Kind& kind : Kinds()) {
+    if (kind.applies(failure)) {
+      return kind.advice;
+    }
+  }
+  return OtherAdvice(failure);
 }
 
 }  // namespace corvo::telemetry::host

@@ -1,8 +1,8 @@
 #include "host/show/json_text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
+#include <iterator>
 
 #include "common/text.h"
 
@@ -10,9 +10,10 @@ namespace corvo::telemetry::host {
 namespace {
 
 common::ErrorCategory ReadCategory(const std::string& name) {
-  constexpr std::array kNames = {"EC_NoError", "EC_Unknown", "EC_Std", "EC_WinApi", "EC_SEH", "EC_Custom"};
-  const auto found = std::find(kNames.begin(), kNames.end(), name);
-  return found == kNames.end() ? common::EC_Unknown : static_cast<common::ErrorCategory>(found - kNames.begin());
+  constexpr const char* kNames[] = {"EC_NoError", "EC_Unknown", "EC_Std", "EC_WinApi", "EC_SEH", "EC_Custom"};
+  const auto* const found = std::find(std::begin(kNames), std::end(kNames), name);
+  return found == std::end(kNames) ? common::EC_Unknown
+                                   : static_cast<common::ErrorCategory>(found - std::begin(kNames));
 }
 
 std::string ReadText(const Json& object, const char* name) {
