@@ -45,8 +45,6 @@ constexpr const char* kForeign = "no other file may be opened beside it";
 constexpr const char* kSeveralDatabases =
     "its journal belongs to a transaction over several databases, which must not be undone in one of them alone";
 
-thread_local ConnectionFiles* current = nullptr;
-
 /// Our interface over the one that was the default when it was made: a copy with three functions of our own.
 struct Guarded : sqlite3_vfs {
   explicit Guarded(sqlite3_vfs& below);
@@ -58,15 +56,20 @@ struct Guarded : sqlite3_vfs {
 sqlite3_vfs* Real(sqlite3_vfs* vfs) { return static_cast<Guarded*>(vfs)->real; }
 
 int Refuse(const char* reason, int code) {
+  ConnectionFiles* const current = FilesOfThread();
   if (current != nullptr) {
     current->refusal = reason;
   }
   return code;
 }
 
-bool IsDatabase(std::string_view name) { return current != nullptr && name == current->database; }
+bool IsDatabase(std::string_view name) {
+  const ConnectionFiles* const current = FilesOfThread();
+  return current != nullptr && name == current->database;
+}
 
 bool IsSideFile(std::string_view name) {
+  const ConnectionFiles* const current = FilesOfThread();
   if (current == nullptr || current->database.empty() || !name.starts_with(current->database)) {
     return false;
   }
@@ -126,10 +129,11 @@ int OpenBetweenLooks(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int
 
 /// The write-ahead log brings its index along, which SQLite opens on its own.
 const char* FaultOfWalIndex(int flags) {
-  return (flags & SQLITE_OPEN_WAL) != 0 ? Fault(LookAt((current->database + "-shm").c_str()), true) : nullptr;
+  return (flags & SQLITE_OPEN_WAL) != 0 ? Fault(LookAt((FilesOfThread()->database + "-shm").c_str()), true) : nullptr;
 }
 
 int OpenNamed(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* out_flags) {
+  ConnectionFiles* const current = FilesOfThread();
   if (current != nullptr && current->database.empty() && (flags & SQLITE_OPEN_MAIN_DB) != 0) {
     current->database = name;
   }
@@ -244,11 +248,9 @@ Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path
   return {};
 }
 
-FileGuard::FileGuard(ConnectionFiles& files) noexcept : former_(std::exchange(current, &files)) {}
+FileGuard::FileGuard(ConnectionFiles& files) noexcept : former_(FilesOfThread()) { SetFilesOfThread(&files); }
 
-FileGuard::~FileGuard() { current = former_; }
-
-bool IsThreadGuarded() noexcept { return current != nullptr; }
+FileGuard::~FileGuard() { SetFilesOfThread(former_); }
 
 const char* GuardedVfs() {
   sqlite3_vfs* below = sqlite3_vfs_find(nullptr);

@@ -66,8 +66,10 @@ class FileGuard {
   ConnectionFiles* former_;
 };
 
-/// Whether this thread works on a connection of this library.
-[[nodiscard]] bool IsThreadGuarded() noexcept;
+/// The files of the connection that this thread works on; null when it works on none. A platform matter, because
+/// thread-local data of a library leaks with each unloading where the compiler emulates it.
+[[nodiscard]] ConnectionFiles* FilesOfThread() noexcept;
+void SetFilesOfThread(ConnectionFiles* files) noexcept;
 
 /// Makes SQLite's own interface of the platform open no FIFO on a thread that is guarded: opening one for reading waits
 /// for a writer, and one can be put under the name of a side file between any look and the opening. Other threads, and

@@ -17,9 +17,10 @@ using OpenFunction = int (*)(const char* path, int flags, int mode);
 
 constexpr const char* kOpen = "open";
 OpenFunction former_open = nullptr;
+thread_local ConnectionFiles* files_of_thread = nullptr;
 
 int OpenNoFifo(const char* path, int flags, int mode) {
-  if (!IsThreadGuarded()) {
+  if (files_of_thread == nullptr) {
     return former_open(path, flags, mode);
   }
   const int file = former_open(path, flags | O_NONBLOCK, mode);
@@ -73,5 +74,9 @@ void LetOpeningWait(sqlite3_vfs& platform) {
     former_open = nullptr;
   }
 }
+
+ConnectionFiles* FilesOfThread() noexcept { return files_of_thread; }
+
+void SetFilesOfThread(ConnectionFiles* files) noexcept { files_of_thread = files; }
 
 }  // namespace corvo::shared

@@ -8,6 +8,23 @@
 namespace corvo::shared {
 namespace {
 
+/// A slot of every thread, given back when the library is unloaded.
+class ThreadSlot {
+ public:
+  ThreadSlot() : index_(TlsAlloc()) {}
+  ThreadSlot(const ThreadSlot&) = delete;
+  ThreadSlot& operator=(const ThreadSlot&) = delete;
+  ~ThreadSlot() { TlsFree(index_); }
+
+  [[nodiscard]] void* Get() const noexcept { return TlsGetValue(index_); }
+  void Set(void* value) const noexcept { TlsSetValue(index_, value); }
+
+ private:
+  DWORD index_;
+};
+
+const ThreadSlot slot;
+
 std::uint64_t Join(DWORD high, DWORD low) { return (std::uint64_t{high} << 32U) | low; }
 
 FileState FromInformation(const BY_HANDLE_FILE_INFORMATION& information) {
@@ -61,5 +78,9 @@ FileState LookAt(const char* name) noexcept {
 // Pipes have names of their own here, which no file of a folder can have.
 void KeepOpeningFromWaiting(sqlite3_vfs& /*platform*/) {}
 void LetOpeningWait(sqlite3_vfs& /*platform*/) {}
+
+ConnectionFiles* FilesOfThread() noexcept { return static_cast<ConnectionFiles*>(slot.Get()); }
+
+void SetFilesOfThread(ConnectionFiles* files) noexcept { slot.Set(files); }
 
 }  // namespace corvo::shared
