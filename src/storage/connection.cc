@@ -169,7 +169,7 @@ Error Connection::RunUnseen(const std::string& sql, const Parameters& parameters
     const Deadline deadline(handle_, options_.statement_time_limit);
     Error result = RunChecked(sql, parameters, results);
     return result.Failed() && files_.refusal != nullptr
-               ? Failure(ResultCode::kCannotOpen, path_ + ": " + files_.refusal)
+               ? Failure(ResultCode::kCannotOpen, path_ + files_.suffix + ": " + files_.refusal)
                : result;
   } catch (...) {
     return telemetry::common::MakeErrorFromException(std::current_exception());

@@ -27,7 +27,9 @@ Error CheckSideFiles(const std::filesystem::path& file) {
   for (const char* suffix : {"-journal", "-wal", "-shm"}) {
     std::filesystem::path side_file = file;
     side_file += suffix;
-    const FileState state = LookAt(telemetry::common::Utf8(side_file).c_str());
+    const std::string name = telemetry::common::Utf8(side_file);
+    // A journal comes and goes with every transaction of a collector.
+    const FileState state = name.ends_with("-journal") ? GlanceAt(name.c_str()) : LookAt(name.c_str());
     if (state.kind == FileState::Kind::kOther) {
       return Refusal(SQLITE_CANTOPEN, side_file, "not a regular file");
     }
@@ -38,9 +40,9 @@ Error CheckSideFiles(const std::filesystem::path& file) {
   return {};
 }
 
-constexpr const char* kNotRegular = "its database or side file is not a regular file";
-constexpr const char* kLinked = "its side file is a file with several links";
-constexpr const char* kSwapped = "its database or side file was replaced while it was opened";
+constexpr const char* kNotRegular = "not a regular file";
+constexpr const char* kLinked = "a file with several links";
+constexpr const char* kSwapped = "replaced while it was opened";
 constexpr const char* kForeign = "no other file may be opened beside it";
 constexpr const char* kSeveralDatabases =
     "its journal belongs to a transaction over several databases, which must not be undone in one of them alone";
@@ -55,10 +57,11 @@ struct Guarded : sqlite3_vfs {
 
 sqlite3_vfs* Real(sqlite3_vfs* vfs) { return static_cast<Guarded*>(vfs)->real; }
 
-int Refuse(const char* reason, int code) {
+int Refuse(const char* reason, int code, const char* suffix = "") {
   ConnectionFiles* const current = FilesOfThread();
   if (current != nullptr) {
     current->refusal = reason;
+    current->suffix = suffix;
   }
   return code;
 }
@@ -102,18 +105,25 @@ const char* Fault(const FileState& state, bool side_file) {
   return side_file && state.links > 1 ? kLinked : nullptr;
 }
 
+const char* SuffixOf(int flags) {
+  if ((flags & SQLITE_OPEN_WAL) != 0) {
+    return "-wal";
+  }
+  return (flags & SQLITE_OPEN_MAIN_JOURNAL) != 0 ? "-journal" : "";
+}
+
 /// Opens a file between two looks at it, so that one that was exchanged in between is never read or written.
 int OpenBetweenLooks(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* out_flags) {
   const bool side_file = (flags & SQLITE_OPEN_MAIN_DB) == 0;
-  const FileState before = LookAt(name);
+  const FileState before = GlanceAt(name);
   if (const char* fault = Fault(before, side_file); fault != nullptr) {
-    return Refuse(fault, SQLITE_CANTOPEN);
+    return Refuse(fault, SQLITE_CANTOPEN, SuffixOf(flags));
   }
   const int code = Real(vfs)->xOpen(Real(vfs), name, file, flags, out_flags);
   if (code != SQLITE_OK) {
     return code;
   }
-  const FileState after = LookAt(name);
+  const FileState after = side_file ? LookAt(name) : GlanceAt(name);
   const bool same = before.kind == FileState::Kind::kMissing || before.IsSameFile(after);
   const char* fault = same ? Fault(after, side_file) : kSwapped;
   if (fault == nullptr && (flags & SQLITE_OPEN_MAIN_JOURNAL) != 0 && NamesSuperJournal(file)) {
@@ -122,7 +132,7 @@ int OpenBetweenLooks(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int
   if (fault != nullptr) {
     file->pMethods->xClose(file);
     file->pMethods = nullptr;
-    return Refuse(fault, SQLITE_CANTOPEN);
+    return Refuse(fault, SQLITE_CANTOPEN, SuffixOf(flags));
   }
   return SQLITE_OK;
 }
@@ -144,7 +154,7 @@ int OpenNamed(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags,
     return Refuse(kForeign, SQLITE_CANTOPEN);
   }
   if (const char* fault = FaultOfWalIndex(flags); fault != nullptr) {
-    return Refuse(fault, SQLITE_CANTOPEN);
+    return Refuse(fault, SQLITE_CANTOPEN, "-shm");
   }
   return OpenBetweenLooks(vfs, name, file, flags, out_flags);
 }
@@ -167,7 +177,7 @@ int Delete(sqlite3_vfs* vfs, const char* name, int sync_directory) {
   if (!IsSideFile(name)) {
     return Refuse(kSeveralDatabases, SQLITE_IOERR_DELETE);
   }
-  if (LookAt(name).kind == FileState::Kind::kOther) {
+  if (GlanceAt(name).kind == FileState::Kind::kOther) {
     return Refuse(kNotRegular, SQLITE_IOERR_DELETE);
   }
   return Real(vfs)->xDelete(Real(vfs), name, sync_directory);

@@ -6,6 +6,7 @@
 
 #include "common/error.h"
 
+struct sqlite3;
 struct sqlite3_vfs;
 
 namespace corvo::shared {
@@ -15,7 +16,8 @@ struct FileState {
   enum class Kind { kMissing, kRegular, kOther };
 
   [[nodiscard]] bool IsSameFile(const FileState& other) const noexcept {
-    return kind == Kind::kRegular && other.kind == kind && volume == other.volume && file == other.file;
+    const bool unknown = file == 0 || other.file == 0;
+    return kind == Kind::kRegular && other.kind == kind && (unknown || (volume == other.volume && file == other.file));
   }
   [[nodiscard]] bool IsUnchanged(const FileState& other) const noexcept {
     return IsSameFile(other) && size == other.size && modified == other.modified;
@@ -23,8 +25,8 @@ struct FileState {
 
   Kind kind = Kind::kOther;   ///< what cannot be looked at is `kOther`
   std::uint64_t volume = 0;   ///< with `file`, the identity of the file while it exists
-  std::uint64_t file = 0;     ///<
-  std::uint64_t links = 0;    ///< names of the file
+  std::uint64_t file = 0;     ///< 0 when it is not known
+  std::uint64_t links = 0;    ///< names of the file; 0 when they are not known
   std::uint64_t size = 0;     ///< bytes
   std::int64_t modified = 0;  ///< last change, in the platform's own ticks
 };
@@ -32,6 +34,13 @@ struct FileState {
 /// Looks at a name in UTF-8 without opening the file: opening and closing one here would release the locks that other
 /// connections of the process hold on it (https://www.sqlite.org/howtocorrupt.html, "Posix advisory locks canceled").
 [[nodiscard]] FileState LookAt(const char* name) noexcept;
+
+/// As above, but without so much as a handle, for files that another program may be about to delete: on Windows it
+/// could not while somebody looks. Identity and links may stay unknown.
+[[nodiscard]] FileState GlanceAt(const char* name) noexcept;
+
+/// What the database of a connection is, under the name that it was opened by.
+[[nodiscard]] FileState LookAtOpen(sqlite3* handle, const char* name) noexcept;
 
 /// Looks at what a database path leads to, without opening it, and follows its symbolic links.
 ///
@@ -52,6 +61,7 @@ telemetry::common::Error CheckDatabaseFile(const std::filesystem::path& path, st
 struct ConnectionFiles {
   std::string database;           ///< as SQLite names it; set by the first file that is opened
   const char* refusal = nullptr;  ///< why a file was refused, a text that lives for ever; null when none was
+  const char* suffix = "";        ///< which side file it was; empty for the database itself
 };
 
 /// Makes `files` those of the connection that this thread works on for as long as the object lives.

@@ -75,6 +75,10 @@ void LetOpeningWait(sqlite3_vfs& platform) {
   }
 }
 
+FileState GlanceAt(const char* name) noexcept { return LookAt(name); }
+
+FileState LookAtOpen(sqlite3* /*handle*/, const char* name) noexcept { return LookAt(name); }
+
 ConnectionFiles* FilesOfThread() noexcept { return files_of_thread; }
 
 void SetFilesOfThread(ConnectionFiles* files) noexcept { files_of_thread = files; }

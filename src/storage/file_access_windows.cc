@@ -1,3 +1,4 @@
+#include <sqlite3.h>
 #include <windows.h>
 
 #include <filesystem>
@@ -27,16 +28,24 @@ const ThreadSlot slot;
 
 std::uint64_t Join(DWORD high, DWORD low) { return (std::uint64_t{high} << 32U) | low; }
 
-FileState FromInformation(const BY_HANDLE_FILE_INFORMATION& information) {
+std::uint64_t Join(const FILETIME& time) { return Join(time.dwHighDateTime, time.dwLowDateTime); }
+
+// What both kinds of information tell.
+template <class Information>
+FileState FromAttributes(const Information& information) {
   constexpr DWORD kNotRegular = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
   FileState state;
   state.kind = (information.dwFileAttributes & kNotRegular) == 0 ? FileState::Kind::kRegular : FileState::Kind::kOther;
+  state.size = Join(information.nFileSizeHigh, information.nFileSizeLow);
+  state.modified = static_cast<std::int64_t>(Join(information.ftLastWriteTime));
+  return state;
+}
+
+FileState FromInformation(const BY_HANDLE_FILE_INFORMATION& information) {
+  FileState state = FromAttributes(information);
   state.volume = information.dwVolumeSerialNumber;
   state.file = Join(information.nFileIndexHigh, information.nFileIndexLow);
   state.links = information.nNumberOfLinks;
-  state.size = Join(information.nFileSizeHigh, information.nFileSizeLow);
-  state.modified = static_cast<std::int64_t>(
-      Join(information.ftLastWriteTime.dwHighDateTime, information.ftLastWriteTime.dwLowDateTime));
   return state;
 }
 
@@ -62,6 +71,12 @@ FileState LookAtPath(const std::filesystem::path& path) {
   return known ? FromInformation(information) : FileState();
 }
 
+FileState GlanceAtPath(const std::filesystem::path& path) {
+  WIN32_FILE_ATTRIBUTE_DATA information{};
+  return GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &information) != 0 ? FromAttributes(information)
+                                                                                      : FromError(GetLastError());
+}
+
 }  // namespace
 
 const char* PlatformDataDirectory() { return "c:\\ProgramData\\Corvo\\Telemetry\\Data\\"; }
@@ -78,6 +93,25 @@ FileState LookAt(const char* name) noexcept {
 // Pipes have names of their own here, which no file of a folder can have.
 void KeepOpeningFromWaiting(sqlite3_vfs& /*platform*/) {}
 void LetOpeningWait(sqlite3_vfs& /*platform*/) {}
+
+FileState GlanceAt(const char* name) noexcept {
+  try {
+    return GlanceAtPath(telemetry::common::PathFromUtf8(name));
+  } catch (...) {
+    return {};
+  }
+}
+
+// Of SQLite's own handle: another one could keep a collector from what it is about to do.
+FileState LookAtOpen(sqlite3* handle, const char* name) noexcept {
+  HANDLE file = nullptr;
+  BY_HANDLE_FILE_INFORMATION information{};
+  if (sqlite3_file_control(handle, "main", SQLITE_FCNTL_WIN32_GET_HANDLE, &file) == SQLITE_OK && file != nullptr &&
+      GetFileInformationByHandle(file, &information) != 0) {
+    return FromInformation(information);
+  }
+  return GlanceAt(name);
+}
 
 ConnectionFiles* FilesOfThread() noexcept { return static_cast<ConnectionFiles*>(slot.Get()); }
 

@@ -65,7 +65,9 @@ std::optional<Header> ReadHeader(sqlite3* handle) {
   return Header{BigEndian(&page[24], 4), BigEndian(&page[92], 4), page_size * BigEndian(&page[28], 4)};
 }
 
-Stamp StampOf(sqlite3* handle, const std::string& file) { return {LookAt(file.c_str()), ReadHeader(handle)}; }
+Stamp StampOf(sqlite3* handle, const std::string& file) {
+  return {LookAtOpen(handle, file.c_str()), ReadHeader(handle)};
+}
 
 /// Whether the file is what it was, or what a transaction of SQLite has made of it.
 bool IsOrdinaryChange(const Stamp& before, const Stamp& now) {
@@ -148,8 +150,11 @@ void CloseKeepingVerdict(sqlite3* handle, const std::string& file) noexcept {
   const bool known = IsKnownAsItStands(file, before);
   sqlite3_close(handle);
   if (known) {
-    const FileState after = LookAt(file.c_str());
-    Restamp(file, {after, after.IsUnchanged(before.state) ? before.header : std::nullopt});
+    FileState after = GlanceAt(file.c_str());
+    const bool unchanged = after.IsUnchanged(before.state);
+    after.volume = before.state.volume;
+    after.file = before.state.file;
+    Restamp(file, {after, unchanged ? before.header : std::nullopt});
   }
 }
 
