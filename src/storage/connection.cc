@@ -38,6 +38,8 @@ constexpr Setting kSwitches[] = {
     {SQLITE_DBCONFIG_ENABLE_FKEY, 0},
 };
 
+// Limits that no honest database meets. A short text in the schema can ask for values as long as the limit lets it.
+// Compaction attaches one database, so none is too few; the schema's own texts count against the length of SQL.
 constexpr Setting kLimits[] = {
     {SQLITE_LIMIT_LENGTH, 32 * 1024 * 1024},
     {SQLITE_LIMIT_SQL_LENGTH, 1024 * 1024},
@@ -168,7 +170,8 @@ Error Connection::RunUnseen(const std::string& sql, const Parameters& parameters
     files_.refusal = nullptr;
     const Deadline deadline(handle_, options_.statement_time_limit);
     Error result = RunChecked(sql, parameters, results);
-    return result.Failed() && files_.refusal != nullptr
+    // A journal that a collector replaces meanwhile is refused as well, and asked for again until the lock is free.
+    return result.Failed() && !IsBusy(result) && files_.refusal != nullptr
                ? Failure(ResultCode::kCannotOpen, path_ + files_.suffix + ": " + files_.refusal)
                : result;
   } catch (...) {

@@ -22,6 +22,24 @@ Error Refusal(int code, const std::filesystem::path& path, const std::string& re
   return Failure(code, telemetry::common::Utf8(path) + ": " + reason);
 }
 
+constexpr const char* kNotRegular = "not a regular file";
+constexpr const char* kLinked = "a file with several links";
+constexpr const char* kSwapped = "replaced while it was opened";
+constexpr const char* kForeign = "no other file may be opened beside it";
+constexpr const char* kSeveralDatabases =
+    "its journal belongs to a transaction over several databases, which must not be undone in one of them alone";
+
+/// Why a file must not be opened, or null. A missing one may be made.
+const char* Fault(const FileState& state, bool side_file) {
+  if (state.kind == FileState::Kind::kMissing) {
+    return nullptr;
+  }
+  if (state.kind != FileState::Kind::kRegular) {
+    return kNotRegular;
+  }
+  return side_file && state.links > 1 ? kLinked : nullptr;
+}
+
 // The side files of a database that SQLite opens on its own.
 Error CheckSideFiles(const std::filesystem::path& file) {
   for (const char* suffix : {"-journal", "-wal", "-shm"}) {
@@ -30,22 +48,12 @@ Error CheckSideFiles(const std::filesystem::path& file) {
     const std::string name = telemetry::common::Utf8(side_file);
     // A journal comes and goes with every transaction of a collector.
     const FileState state = name.ends_with("-journal") ? GlanceAt(name.c_str()) : LookAt(name.c_str());
-    if (state.kind == FileState::Kind::kOther) {
-      return Refusal(SQLITE_CANTOPEN, side_file, "not a regular file");
-    }
-    if (state.links > 1) {
-      return Refusal(SQLITE_CANTOPEN, side_file, "a file with several links");
+    if (const char* fault = Fault(state, true); fault != nullptr) {
+      return Refusal(SQLITE_CANTOPEN, side_file, fault);
     }
   }
   return {};
 }
-
-constexpr const char* kNotRegular = "not a regular file";
-constexpr const char* kLinked = "a file with several links";
-constexpr const char* kSwapped = "replaced while it was opened";
-constexpr const char* kForeign = "no other file may be opened beside it";
-constexpr const char* kSeveralDatabases =
-    "its journal belongs to a transaction over several databases, which must not be undone in one of them alone";
 
 /// Our interface over the one that was the default when it was made: a copy with three functions of our own.
 struct Guarded : sqlite3_vfs {
@@ -92,17 +100,6 @@ bool NamesSuperJournal(sqlite3_file* journal) {
          journal->pMethods->xRead(journal, last.data(), static_cast<int>(last.size()),
                                   size - static_cast<int>(last.size())) == SQLITE_OK &&
          last == kMagic;
-}
-
-/// Why a file must not be opened, or null. A missing one may be made.
-const char* Fault(const FileState& state, bool side_file) {
-  if (state.kind == FileState::Kind::kMissing) {
-    return nullptr;
-  }
-  if (state.kind != FileState::Kind::kRegular) {
-    return kNotRegular;
-  }
-  return side_file && state.links > 1 ? kLinked : nullptr;
 }
 
 const char* SuffixOf(int flags) {
@@ -245,7 +242,7 @@ Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path
   }
   if (kind != file_type::regular) {
     const int code = kind == file_type::directory ? SQLITE_CANTOPEN_ISDIR : SQLITE_CANTOPEN;
-    return Refusal(code, path, "not a regular file");
+    return Refusal(code, path, kNotRegular);
   }
   std::filesystem::path file = std::filesystem::canonical(path, failure);
   if (failure) {

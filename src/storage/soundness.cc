@@ -20,7 +20,7 @@ namespace {
 using telemetry::common::Error;
 
 // With what stands behind a zero byte, which SQLite does not see.
-std::string_view WholeTextOf(sqlite3_stmt* statement, int column) {
+std::string_view TextOf(sqlite3_stmt* statement, int column) {
   const void* text = sqlite3_column_text(statement, column);
   const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
   return text != nullptr ? std::string_view(static_cast<const char*>(text), size) : std::string_view();
@@ -116,11 +116,6 @@ std::string_view DamageIn(std::string_view finding) {
     finding.remove_prefix(std::min(line.size() + 1, finding.size()));
   }
   return {};
-}
-
-std::string_view TextOf(sqlite3_stmt* statement, int column) {
-  const void* text = sqlite3_column_text(statement, column);
-  return text != nullptr ? std::string_view(static_cast<const char*>(text)) : std::string_view();
 }
 
 /// Runs a quick_check and looks at what it finds.
@@ -253,8 +248,7 @@ Error CheckSchema(sqlite3* handle) {
   }
   int code = sqlite3_step(statement.get());
   for (; code == SQLITE_ROW; code = sqlite3_step(statement.get())) {
-    const char* fault =
-        FaultOf(WholeTextOf(statement.get(), 0), WholeTextOf(statement.get(), 1), WholeTextOf(statement.get(), 2));
+    const char* fault = FaultOf(TextOf(statement.get(), 0), TextOf(statement.get(), 1), TextOf(statement.get(), 2));
     if (fault != nullptr) {
       return Failure(ResultCode::kAuth, fault);
     }
