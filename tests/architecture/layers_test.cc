@@ -55,11 +55,6 @@ TEST(LayerRules, AnIncludeOfAHigherFloorOfTheHostIsAnOffence) {
   EXPECT_THAT(WrongWayFloors({"src/host/pass/logging.cc", "#include \"host/show/failure.h\""}), IsEmpty());
 }
 
-TEST(LayerRules, TextsKnowTheTypesOfWhatWasFoundAndNothingElseThere) {
-  EXPECT_THAT(WrongWayFloors({"src/host/show/run_text.h", "#include \"host/facts/run_report.h\""}), IsEmpty());
-  EXPECT_THAT(WrongWayFloors({"src/host/show/run_text.h", "#include \"host/facts/inventory.h\""}), SizeIs(1));
-}
-
 TEST(LayerRules, AFileOfTheHostThatIsOnNoFloorIsAnOffence) {
   EXPECT_THAT(WrongWayFloors({"src/host/attic/old.cc", ""}), SizeIs(1));
   EXPECT_THAT(WrongWayFloors({"src/host/units.cc", ""}), SizeIs(1));

@@ -4,12 +4,14 @@
 
 #include <ostream>
 
+#include "host/report_samples.h"
+
 namespace corvo::telemetry::host {
 namespace {
 
 using testing::HasSubstr;
 
-Json StorageResult(int code) { return {{"category", "EC_Custom"}, {"code", code}, {"type", "sqlite3"}}; }
+common::Error StorageResult(int code) { return test::StorageFailure(code, ""); }
 
 struct Case {
   int code;
@@ -42,7 +44,7 @@ TEST(Advice, OnADamagedFileSavesItsRowsBeforeItIsMovedAway) {
 }
 
 TEST(Advice, PointsToTheLogWhenNothingBetterIsKnown) {
-  EXPECT_THAT(Advice({{"category", "EC_Unknown"}, {"code", 1}}), HasSubstr("--log-level"));
+  EXPECT_THAT(Advice(common::MakeErrorFromException(nullptr)), HasSubstr("--log-level"));
 }
 
 }  // namespace

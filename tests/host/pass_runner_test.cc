@@ -5,6 +5,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "host/show/json_text.h"
 #include "storage/statement_observer.h"
 
 namespace corvo::telemetry::host {
@@ -41,24 +42,24 @@ TEST(RunPasses, RunsTheModuleAsOftenAsAsked) {
   const auto outcomes = RunPasses(module, 3, false);
   EXPECT_EQ(outcomes.size(), 3U);
   EXPECT_EQ(module.inputs, std::vector<std::string>(3, ""));
-  EXPECT_FALSE(Failed(outcomes.back().result));
+  EXPECT_FALSE(outcomes.back().result.Failed());
 }
 
 TEST(RunPasses, StopsAtTheFirstPassThatFails) {
   ScriptedModule module({kSuccess, kFailure, kSuccess});
   const auto outcomes = RunPasses(module, 3, false);
   ASSERT_EQ(outcomes.size(), 2U);
-  EXPECT_EQ(outcomes.back().result, Json::parse(kFailure));
+  EXPECT_EQ(ErrorJson(outcomes.back().result), Json::parse(kFailure));
 }
 
 class UselessOutput : public testing::TestWithParam<const char*> {};
 
 TEST_P(UselessOutput, CountsAsAFailedPass) {
   ScriptedModule module({GetParam()});
-  const Json result = RunPasses(module, 1, false).back().result;
-  EXPECT_TRUE(Failed(result));
-  EXPECT_EQ(result["category"], "EC_Custom");
-  EXPECT_THAT(result["what"].get<std::string>(), testing::HasSubstr("gave no result"));
+  const common::Error result = RunPasses(module, 1, false).back().result;
+  EXPECT_TRUE(result.Failed());
+  EXPECT_EQ(result.category, common::EC_Custom);
+  EXPECT_THAT(result.what, testing::HasSubstr("gave no result"));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, UselessOutput,
@@ -77,8 +78,8 @@ TEST(RunPasses, CountsAnExceptionOfTheModuleAsAFailedPass) {
   ThrowingModule module;
   const auto outcomes = RunPasses(module, 2, false);
   ASSERT_EQ(outcomes.size(), 1U);
-  EXPECT_EQ(outcomes.back().result["category"], "EC_Std");
-  EXPECT_EQ(outcomes.back().result["what"], "from inside");
+  EXPECT_EQ(outcomes.back().result.category, common::EC_Std);
+  EXPECT_EQ(outcomes.back().result.what, "from inside");
   EXPECT_EQ(shared::GetStatementObserver(), former);
 }
 
@@ -90,10 +91,11 @@ TEST(RunPasses, PutsTheStatementObserverBack) {
   EXPECT_EQ(shared::GetStatementObserver(), former);
 }
 
-TEST(Failed, LooksAtCategoryAndCode) {
-  EXPECT_FALSE(Failed(Json::parse(kSuccess)));
-  EXPECT_TRUE(Failed(Json::parse(R"({"category":"EC_NoError","code":1})")));
-  EXPECT_TRUE(Failed(Json::parse(R"({"category":"EC_Std","code":0})")));
+TEST(RunPasses, TellsAFailureByCategoryOrCode) {
+  ScriptedModule module({kSuccess, R"({"category":"EC_NoError","code":1})"});
+  EXPECT_TRUE(RunPasses(module, 2, false).back().result.Failed());
+  ScriptedModule without_code({R"({"category":"EC_Std","code":0})"});
+  EXPECT_TRUE(RunPasses(without_code, 1, false).back().result.Failed());
 }
 
 }  // namespace

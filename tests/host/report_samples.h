@@ -4,7 +4,15 @@
 
 namespace corvo::test {
 
-inline const telemetry::host::Json kSuccessResult = {{"category", "EC_NoError"}, {"code", 0}, {"version", 3}};
+/// A record as the storage library makes them.
+inline telemetry::common::Error StorageFailure(int code, const char* what) {
+  telemetry::common::Error error;
+  error.category = telemetry::common::EC_Custom;
+  error.code = code;
+  error.type = "sqlite3";
+  error.what = what;
+  return error;
+}
 
 /// A run over one database of three tables: one loses rows, one is missing, one cannot be read.
 inline telemetry::host::RunReport SampleReport() {
@@ -16,7 +24,7 @@ inline telemetry::host::RunReport SampleReport() {
   report.after = report.before;
   report.after[0].bytes = 500'000;
   report.after[0].tables[0].rows = 500;
-  report.passes = {{.result = kSuccessResult, .rows_deleted = 1000, .seconds = 0.25, .failed_database = ""}};
+  report.passes = {{.result = {}, .rows_deleted = 1000, .seconds = 0.25, .failed_database = ""}};
   return report;
 }
 

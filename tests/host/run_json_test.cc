@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "host/report_samples.h"
+#include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -26,15 +26,14 @@ TEST(RunText, ShowsEveryTableTheTotalsAndTheOutcome) {
 
 TEST(RunText, SaysForEachOfSeveralPassesWhatItDid) {
   RunReport report = test::SampleReport();
-  report.passes.push_back({.result = test::kSuccessResult, .rows_deleted = 1, .seconds = 0.1, .failed_database = ""});
+  report.passes.push_back({.result = {}, .rows_deleted = 1, .seconds = 0.1, .failed_database = ""});
   EXPECT_THAT(RunText(report, false), HasSubstr("Pass 1: 1,000 rows deleted in 0.2 s\n"
                                                 "Pass 2: 1 row deleted in 0.1 s\n"));
 }
 
 TEST(RunText, SaysWhereAPassFailedWhyAndWhatToDo) {
   RunReport report = test::SampleReport();
-  report.passes.back().result =
-      Json::parse(R"({"category":"EC_Custom","code":26,"type":"sqlite3","what":"file is not a database"})");
+  report.passes.back().result = test::StorageFailure(26, "file is not a database");
   report.passes.back().failed_database = "/data/HealthLog.db";
   EXPECT_THAT(
       RunText(report, false),

@@ -76,7 +76,7 @@ ExitCode RunCommand(const RunOptions& options) {
   report.passes = RunPasses(module.Module(), options.passes, IsTerminal(stderr));
   report.after = TakeInventory(catalogue, directory);
   fmt::print("{}", options.json ? RunDocument(report) : RunText(report, UsesColour(stdout)));
-  return Failed(report.Result()) ? kPassFailed : kDone;
+  return report.Result().Failed() ? kPassFailed : kDone;
 }
 
 }  // namespace corvo::telemetry::host

@@ -4,8 +4,6 @@
 
 namespace corvo::telemetry::host {
 
-bool Failed(const Json& result) { return result.value("category", "") != "EC_NoError" || result.value("code", 1) != 0; }
-
 double RunReport::Seconds() const {
   double sum = 0;
   for (const PassOutcome& pass : passes) {

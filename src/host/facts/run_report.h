@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "host/show/json_text.h"
+#include "common/error.h"
 
 namespace corvo::telemetry::host {
 
-// What a run found and did, in plain values: the other floors fill them in, show makes texts and documents of them.
+// What a run found and did, in plain values: `pass` fills them in, `show` makes texts and documents of them.
 
 struct TableCount {
   std::string table;
@@ -27,14 +27,11 @@ struct DatabaseCount {
 };
 
 struct PassOutcome {
-  Json result;  ///< the record that the module gave, or one made here when it gave none
+  common::Error result;  ///< the record that the module gave, or one made here when it gave none
   std::int64_t rows_deleted;
   double seconds;
   std::string failed_database;  ///< path; empty when no statement failed
 };
-
-/// True when the record says that something failed.
-[[nodiscard]] bool Failed(const Json& result);
 
 /// What a run did. `before` and `after` were taken with the same catalogue; a file may come or go in between.
 struct RunReport {
@@ -42,7 +39,7 @@ struct RunReport {
   std::vector<DatabaseCount> after;
   std::vector<PassOutcome> passes;  ///< at least one
 
-  [[nodiscard]] const Json& Result() const { return passes.back().result; }
+  [[nodiscard]] const common::Error& Result() const { return passes.back().result; }
   [[nodiscard]] double Seconds() const;
 };
 

@@ -6,6 +6,7 @@
 
 #include "host/pass/pass_watcher.h"
 #include "host/show/failure.h"
+#include "host/show/json_text.h"
 #include "storage/statement_observer.h"
 
 namespace corvo::telemetry::host {
@@ -23,23 +24,23 @@ class OutputAllocator : public shared::plugin::PluginBufferAllocator {
   mutable std::unique_ptr<char[]> memory_;
 };
 
-Json ReadResult(const char* output) {
-  Json result = Json::parse(output == nullptr ? "" : output, nullptr, false);
+common::Error ReadResult(const char* output) {
+  const Json result = Json::parse(output == nullptr ? "" : output, nullptr, false);
   if (result.is_object() && result.contains("category") && result["category"].is_string() && result.contains("code") &&
       result["code"].is_number_integer()) {
-    return result;
+    return ReadError(result);
   }
-  return ErrorJson(CommandFailure(kPassFailed, "the module gave no result: see the log (--log-level debug)").Record());
+  return CommandFailure(kPassFailed, "the module gave no result: see the log (--log-level debug)").Record();
 }
 
 // A module should let no exception out. One that does is caught while its code, and with it the exception's, is loaded.
-Json Execute(shared::plugin::IDynamicPluginModule& module) {
+common::Error Execute(shared::plugin::IDynamicPluginModule& module) {
   const OutputAllocator allocator;
   char* output = nullptr;
   try {
     module.Execute("", output, allocator);
   } catch (...) {
-    return ErrorJson(common::MakeErrorFromException(std::current_exception()));
+    return common::MakeErrorFromException(std::current_exception());
   }
   return ReadResult(output);
 }
@@ -48,7 +49,7 @@ PassOutcome RunPass(shared::plugin::IDynamicPluginModule& module, bool show_prog
   const auto watcher = std::make_shared<PassWatcher>(show_progress);
   const shared::StatementObserverScope scope(watcher);
   const auto start = std::chrono::steady_clock::now();
-  const Json result = Execute(module);
+  const common::Error result = Execute(module);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
   return {result, watcher->RowsDeleted(), seconds.count(), watcher->FailedDatabase()};
 }
@@ -59,7 +60,7 @@ std::vector<PassOutcome> RunPasses(shared::plugin::IDynamicPluginModule& module,
   std::vector<PassOutcome> outcomes;
   for (int pass = 0; pass < passes; ++pass) {
     outcomes.push_back(RunPass(module, show_progress));
-    if (Failed(outcomes.back().result)) {
+    if (outcomes.back().result.Failed()) {
       break;
     }
   }

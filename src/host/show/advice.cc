@@ -4,7 +4,6 @@
 #include <array>
 
 #include "host/platform/platform.h"
-#include "host/show/json_text.h"
 #include "storage/result_code.h"
 
 namespace corvo::telemetry::host {
@@ -53,8 +52,7 @@ std::string OtherAdvice(const common::Error& failure) {
 
 }  // namespace
 
-std::string Advice(const Json& result) {
-  const common::Error failure = ReadError(result);
+std::string Advice(const common::Error& failure) {
   for (const Kind& kind : Kinds()) {
     if (kind.applies(failure)) {
       return kind.advice;

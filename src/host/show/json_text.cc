@@ -1,19 +1,20 @@
 #include "host/show/json_text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
-#include <iterator>
 
 #include "common/text.h"
 
 namespace corvo::telemetry::host {
 namespace {
 
+constexpr std::array kCategories = {"EC_NoError", "EC_Unknown", "EC_Std", "EC_WinApi", "EC_SEH", "EC_Custom"};
+
 common::ErrorCategory ReadCategory(const std::string& name) {
-  constexpr const char* kNames[] = {"EC_NoError", "EC_Unknown", "EC_Std", "EC_WinApi", "EC_SEH", "EC_Custom"};
-  const auto* const found = std::find(std::begin(kNames), std::end(kNames), name);
-  return found == std::end(kNames) ? common::EC_Unknown
-                                   : static_cast<common::ErrorCategory>(found - std::begin(kNames));
+  const auto* const found = std::find(kCategories.begin(), kCategories.end(), name);
+  return found == kCategories.end() ? common::EC_Unknown
+                                    : static_cast<common::ErrorCategory>(found - kCategories.begin());
 }
 
 std::string ReadText(const Json& object, const char* name) {
@@ -32,6 +33,8 @@ Json ErrorJson(const common::Error& error) {
   }
   return Json::parse(common::ErrorText(valid));
 }
+
+const char* CategoryName(common::ErrorCategory category) { return kCategories.at(static_cast<std::size_t>(category)); }
 
 common::Error ReadError(const Json& object) {
   common::Error error;

@@ -17,6 +17,9 @@ using Json = nlohmann::ordered_json;
 /// The record as a JSON object, also when its texts are not UTF-8.
 [[nodiscard]] Json ErrorJson(const common::Error& error);
 
+/// The name of the category, as records spell it.
+[[nodiscard]] const char* CategoryName(common::ErrorCategory category);
+
 /// The record that a JSON object holds: the inverse of the above. What is missing or of another type reads as empty.
 [[nodiscard]] common::Error ReadError(const Json& object);
 

@@ -34,7 +34,7 @@ std::string RunDocument(const RunReport& report) {
                          {"bytes_after", change.after == nullptr ? 0 : change.after->bytes},
                          {"tables", TablesJson(change)}});
   }
-  return Document(report.Result(), databases, report.Seconds());
+  return Document(ErrorJson(report.Result()), databases, report.Seconds());
 }
 
 std::string RunDocument(const common::Error& error) { return Document(ErrorJson(error), Json::array(), 0); }

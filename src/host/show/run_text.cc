@@ -4,6 +4,7 @@
 #include <fmt/core.h>
 
 #include "host/show/advice.h"
+#include "host/show/json_text.h"
 #include "host/show/text_table.h"
 #include "host/show/units.h"
 
@@ -94,18 +95,18 @@ std::string SuccessLine(const Sums& total, std::size_t databases, double seconds
 }
 
 std::string FailureLines(const PassOutcome& pass, bool colour) {
-  const common::Error failure = ReadError(pass.result);
+  const common::Error& failure = pass.result;
   const std::string where = pass.failed_database.empty() ? "" : fmt::format(" in {}", pass.failed_database);
   const std::string text =
       fmt::format("The pass failed{}: {} ({} {})", where, failure.what.empty() ? "no message" : failure.what,
-                  pass.result.value("category", ""), failure.code);
+                  CategoryName(failure.category), failure.code);
   return Coloured(Printable(text), fmt::terminal_color::red, colour) + "\n" + Advice(pass.result) + "\n";
 }
 
 }  // namespace
 
 std::string RunText(const RunReport& report, bool colour) {
-  const bool failed = Failed(report.Result());
+  const bool failed = report.Result().Failed();
   if (report.before.empty() && !failed) {
     return "Nothing to clean: the directory holds none of the catalogue's databases\n";
   }
