@@ -71,7 +71,8 @@ TEST(EveryAllocationOf, ATimestampEndsInOutOfMemoryOrInTheText) {
   const std::tm time = SomeTime();
   const int allocations =
       FailEach([&] { EXPECT_EQ(FormatUtcTime(time, 0), "2024-05-01T12:30:00+00:00"); }, ExpectOutOfMemory);
-  EXPECT_GT(allocations, 3);
+  // Builds with sanitizers keep their malloc: only operator new counts there.
+  EXPECT_GE(allocations, 3);
 }
 
 }  // namespace
