@@ -11,6 +11,8 @@
 #include "common/text.h"
 #include "storage/deadline.h"
 #include "storage/failure.h"
+#include "storage/interruptible.h"
+#include "storage/interruption.h"
 #include "storage/soundness.h"
 #include "storage/statement_observer.h"
 #include "storage/verdicts.h"
@@ -89,6 +91,8 @@ class TrustedSchema {
 
 bool NeedsTrust(const Error& error) { return error.what.starts_with("unsafe use of virtual table"); }
 
+Error Interrupted() { return Failure(ResultCode::kInterrupt, "by the host"); }
+
 int Milliseconds(milliseconds time) {
   return static_cast<int>(std::clamp<std::int64_t>(time.count(), 0, std::numeric_limits<int>::max()));
 }
@@ -98,7 +102,7 @@ int Milliseconds(milliseconds time) {
 Connection::Connection(const DatabasePath& database)
     : path_(database.path), options_(GetStorageOptions()), open_error_(database.error) {
   if (!open_error_.Failed()) {
-    open_error_ = Open();
+    open_error_ = Open(database.name);
   }
 }
 
@@ -111,7 +115,10 @@ Connection::~Connection() {
   }
 }
 
-Error Connection::Open() {
+Error Connection::Open(const std::string& name) {
+  if (options_.databases && !options_.databases->contains(name)) {
+    return Failure(ResultCode::kCannotOpen, "not one of the databases that may be opened");
+  }
   std::filesystem::path file;
   if (Error error = CheckDatabaseFile(path_, file); error.Failed()) {
     return error;
@@ -168,8 +175,12 @@ Error Connection::RunUnseen(const std::string& sql, const Parameters& parameters
     }
     const FileGuard guard(files_);
     files_.refusal = nullptr;
+    const Interruptible interruptible(handle_);
     const Deadline deadline(handle_, options_.statement_time_limit);
-    Error result = RunChecked(sql, parameters, results);
+    Error result = StatementsInterrupted() ? Interrupted() : RunChecked(sql, parameters, results);
+    if (IsBusy(result) && StatementsInterrupted()) {
+      return Interrupted();
+    }
     // A journal that a collector replaces meanwhile is refused as well, and asked for again until the lock is free.
     return result.Failed() && !IsBusy(result) && files_.refusal != nullptr
                ? Failure(ResultCode::kCannotOpen, path_ + files_.suffix + ": " + files_.refusal)

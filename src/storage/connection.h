@@ -31,7 +31,7 @@ class Connection {
  private:
   using Error = telemetry::common::Error;
 
-  [[nodiscard]] Error Open();
+  [[nodiscard]] Error Open(const std::string& name);
   [[nodiscard]] Error RunUnseen(const std::string& sql, const Parameters& parameters, Rows& results) noexcept;
   [[nodiscard]] Error RunChecked(const std::string& sql, const Parameters& parameters, Rows& results);
   [[nodiscard]] Error RunWrite(sqlite3_stmt* statement, const Parameters& parameters, Rows& results);

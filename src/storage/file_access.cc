@@ -11,6 +11,7 @@
 
 #include "common/text.h"
 #include "storage/failure.h"
+#include "storage/interruption.h"
 
 namespace corvo::shared {
 namespace {
@@ -55,7 +56,7 @@ Error CheckSideFiles(const std::filesystem::path& file) {
   return {};
 }
 
-/// Our interface over the one that was the default when it was made: a copy with three functions of our own.
+/// Our interface over the one that was the default when it was made: a copy with a few functions of our own.
 struct Guarded : sqlite3_vfs {
   explicit Guarded(sqlite3_vfs& below);
 
@@ -186,6 +187,12 @@ int Access(sqlite3_vfs* vfs, const char* name, int flags, int* answer) {
                           : Refuse(kSeveralDatabases, SQLITE_CANTOPEN);
 }
 
+// SQLite sleeps here between two tries for a lock, a tenth of a second at most, and counts the times: who is asked to
+// end has waited long enough after a moment.
+int Sleep(sqlite3_vfs* vfs, int microseconds) {
+  return StatementsInterrupted() ? 0 : Real(vfs)->xSleep(Real(vfs), microseconds);
+}
+
 Guarded::Guarded(sqlite3_vfs& below)
     : sqlite3_vfs(below), name(std::string("corvo-telemetry-") + below.zName), real(&below) {
   zName = name.c_str();
@@ -193,6 +200,7 @@ Guarded::Guarded(sqlite3_vfs& below)
   xOpen = &Open;
   xDelete = &Delete;
   xAccess = &Access;
+  xSleep = &Sleep;
 }
 
 /// The interfaces that were made. They leave SQLite's list with this library, which can be unloaded before SQLite is.

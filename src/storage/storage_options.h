@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
+#include <set>
 #include <string>
 
 #include "storage/storage_export.h"
@@ -14,6 +16,11 @@ struct StorageOptions {
   /// environment variable CORVO_TELEMETRY_DATA_DIR, else c:\ProgramData\Corvo\Telemetry\Data\ on Windows and
   /// /var/lib/corvo/telemetry/data/ elsewhere.
   std::string data_directory;
+
+  /// The file names (HealthLog.db) of the databases that may be opened, exactly as they are asked for; every other one
+  /// counts as not openable (`IsCannotOpen`), and its path is still given. None, the default, is all of them. For a
+  /// host that wants a pass to leave databases alone.
+  std::optional<std::set<std::string>> databases;
 
   /// How long a statement waits for a lock of another connection. A lock held longer is the statement's result
   /// (`IsBusy`), not a reason to try again. Zero or less does not wait.

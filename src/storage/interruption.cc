@@ -1,0 +1,57 @@
+#include "storage/interruption.h"
+
+#include <sqlite3.h>
+
+#include <atomic>
+#include <mutex>
+
+#include "storage/interruptible.h"
+
+namespace corvo::shared {
+namespace {
+
+std::atomic<bool> interrupted = false;
+
+// Guards the list of what runs, which needs no memory of its own: the objects lie on the stacks of their threads.
+std::mutex mutex;
+Interruptible* running = nullptr;
+
+/// Between two looks of SQLite at this, in its own instructions: a fraction of a millisecond.
+constexpr int kInstructions = 1000;
+
+int ShallEnd(void* /*unused*/) { return interrupted ? 1 : 0; }
+
+}  // namespace
+
+void InterruptStatements() noexcept {
+  interrupted = true;
+  const std::lock_guard lock(mutex);
+  for (const Interruptible* each = running; each != nullptr; each = each->next_) {
+    sqlite3_interrupt(each->handle_);
+  }
+}
+
+void AllowStatements() noexcept { interrupted = false; }
+
+bool StatementsInterrupted() noexcept { return interrupted; }
+
+Interruptible::Interruptible(sqlite3* handle) noexcept : handle_(handle) {
+  // SQLite forgets an interrupt that comes between two of its steps; this one it asks for itself.
+  sqlite3_progress_handler(handle_, kInstructions, &ShallEnd, nullptr);
+  const std::lock_guard lock(mutex);
+  next_ = running;
+  if (next_ != nullptr) {
+    next_->former_ = this;
+  }
+  running = this;
+}
+
+Interruptible::~Interruptible() {
+  const std::lock_guard lock(mutex);
+  (former_ != nullptr ? former_->next_ : running) = next_;
+  if (next_ != nullptr) {
+    next_->former_ = former_;
+  }
+}
+
+}  // namespace corvo::shared
