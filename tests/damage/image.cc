@@ -1,5 +1,6 @@
 #include "damage/image.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -10,9 +11,15 @@ constexpr std::size_t kFileHeader = 100;
 
 std::filesystem::path Beside(std::filesystem::path file, const char* suffix) { return file += suffix; }
 
+/// A damaged journal can make SQLite grow a file to more than a hundred gigabytes of nothing. No base is a hundredth of
+/// what is read.
 std::string Content(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  constexpr std::uintmax_t kMostBytes = 64 * 1024 * 1024;
+  std::error_code missing;
+  const std::uintmax_t size = std::filesystem::file_size(file, missing);
+  std::string content(missing ? 0 : std::min(size, kMostBytes), '\0');
+  std::ifstream(file, std::ios::binary).read(content.data(), static_cast<std::streamsize>(content.size()));
+  return content;
 }
 
 void WriteContent(const std::filesystem::path& file, const std::string& content) {
