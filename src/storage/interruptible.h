@@ -13,6 +13,8 @@ class Interruptible {
   ~Interruptible();
 
  private:
+  void Join() noexcept;
+
   sqlite3* handle_;
   Interruptible* former_ = nullptr;
   Interruptible* next_ = nullptr;

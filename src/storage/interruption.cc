@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <utility>
 
 #include "storage/interruptible.h"
 
@@ -38,12 +39,15 @@ bool StatementsInterrupted() noexcept { return interrupted; }
 Interruptible::Interruptible(sqlite3* handle) noexcept : handle_(handle) {
   // SQLite forgets an interrupt that comes between two of its steps; this one it asks for itself.
   sqlite3_progress_handler(handle_, kInstructions, &ShallEnd, nullptr);
+  Join();
+}
+
+void Interruptible::Join() noexcept {
   const std::lock_guard lock(mutex);
-  next_ = running;
-  if (next_ != nullptr) {
-    next_->former_ = this;
+  if (running != nullptr) {
+    running->former_ = this;
   }
-  running = this;
+  next_ = std::exchange(running, this);
 }
 
 Interruptible::~Interruptible() {

@@ -24,7 +24,7 @@ class CleanDatabases : public EngineTest {
   /// Runs the pass and keeps what it sent.
   telemetry::common::Error Clean(const DatabaseMap& databases) {
     const StatementLog log;
-    const auto result = DataCleanup().CleanDatabases(databases);
+    auto result = DataCleanup().CleanDatabases(databases);
     sent.clear();
     for (const Statement& statement : log.All()) {
       sent.push_back(statement.file + ": " + statement.sql);
