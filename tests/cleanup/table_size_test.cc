@@ -8,7 +8,6 @@
 namespace corvo::test {
 namespace {
 
-using telemetry::common::ErrorText;
 
 constexpr const char* kTag = "DataCleanup::GetTableSize";
 

@@ -10,7 +10,6 @@
 namespace corvo::test {
 namespace {
 
-using telemetry::common::Error;
 using telemetry::common::MakeErrorFromException;
 
 const std::string kLongText(100, 'x');

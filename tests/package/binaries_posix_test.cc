@@ -5,7 +5,6 @@
 namespace corvo::test {
 namespace {
 
-using testing::Contains;
 using testing::ContainsRegex;
 using testing::Each;
 using testing::HasSubstr;

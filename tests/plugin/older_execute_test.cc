@@ -12,7 +12,6 @@ namespace {
 
 using shared::plugin::PluginBufferAllocator;
 using telemetry::plugin::DataCleanupPlugin;
-using testing::ElementsAre;
 
 class OlderExecute : public PassTest {
  protected:
