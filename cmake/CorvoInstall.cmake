@@ -27,7 +27,6 @@ corvo_install_headers(
   src/storage/result_code.h
   src/storage/results.h
   src/storage/sql_command.h
-  src/storage/interruption.h
   src/storage/statement_observer.h
   src/storage/storage_options.h
   src/storage/telemetry_storage.h

@@ -9,12 +9,11 @@
 #include <optional>
 
 #include "common/text.h"
-#include "storage/deadline.h"
 #include "storage/failure.h"
-#include "storage/interruptible.h"
-#include "storage/interruption.h"
 #include "storage/soundness.h"
+#include "storage/statement_end.h"
 #include "storage/statement_observer.h"
+#include "storage/telemetry_storage.h"
 #include "storage/verdicts.h"
 
 namespace corvo::shared {

@@ -11,7 +11,7 @@
 
 #include "common/text.h"
 #include "storage/failure.h"
-#include "storage/interruption.h"
+#include "storage/telemetry_storage.h"
 
 namespace corvo::shared {
 namespace {

@@ -1,6 +1,4 @@
 // A host that asks the statements of its process to end.
-#include "storage/interruption.h"
-
 #include <sqlite3.h>
 
 #include <chrono>

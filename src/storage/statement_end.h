@@ -9,6 +9,8 @@ struct sqlite3;
 
 namespace corvo::shared {
 
+// What ends a statement before it is done: its time limit, and a host that is asked to stop.
+
 /// Ends what runs on a connection when its time is over, from a thread of its own: SQLite's progress callbacks are not
 /// called within a single long step, such as a count over a tree of pages that leads back to itself.
 class Deadline {
@@ -29,6 +31,24 @@ class Deadline {
   std::condition_variable over_;
   bool done_ = false;
   std::thread watcher_;
+};
+
+/// Makes what runs on a connection end with `InterruptStatements` for as long as the object lives.
+class Interruptible {
+ public:
+  explicit Interruptible(sqlite3* handle) noexcept;
+  Interruptible(const Interruptible&) = delete;
+  Interruptible& operator=(const Interruptible&) = delete;
+  ~Interruptible();
+
+ private:
+  void Join() noexcept;
+
+  sqlite3* handle_;
+  Interruptible* former_ = nullptr;
+  Interruptible* next_ = nullptr;
+
+  friend void InterruptStatements() noexcept;
 };
 
 }  // namespace corvo::shared
