@@ -1,5 +1,4 @@
-# The installed tree, and the CMake package through which other projects use it:
-#   find_package(corvo-telemetry CONFIG COMPONENTS commons data-contracts storage)
+# The installed tree, and the packages through which other projects use it: docs/hosting.md shows how.
 
 include(CMakePackageConfigHelpers)
 set(CORVO_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/corvo-telemetry")
@@ -16,11 +15,12 @@ install(TARGETS corvo-telemetry-data-cleanup LIBRARY DESTINATION "${CORVO_LIBRAR
 
 # The public headers, each in the folder that code includes it from.
 function(corvo_install_headers folder)
-  install(FILES ${ARGN} DESTINATION "${CORVO_INCLUDE_DIR}/${folder}")
+  install(FILES ${ARGN} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/corvo-telemetry/${folder}")
 endfunction()
-corvo_install_headers(common src/common/error.h src/common/log.h src/common/text.h src/common/timestamp.h
+corvo_install_headers(common src/common/error.h src/common/logger.h src/common/text.h src/common/timestamp.h
                       "${PROJECT_BINARY_DIR}/include/common/commons_export.h")
 corvo_install_headers(framework src/framework/plugin_module.h src/framework/telemetry_collector_base.h)
+corvo_install_headers(plugin src/plugin/load_plugin.h)
 corvo_install_headers(
   storage
   src/storage/database_name.h
@@ -31,9 +31,14 @@ corvo_install_headers(
   src/storage/storage_options.h
   src/storage/telemetry_storage.h
   "${PROJECT_BINARY_DIR}/include/storage/storage_export.h")
-corvo_install_headers(data_contracts src/data_contracts/shared_instance.h)
-install(DIRECTORY proto/corvo "${PROJECT_BINARY_DIR}/proto/generated/corvo" DESTINATION "${CORVO_INCLUDE_DIR}"
+corvo_install_headers(data_contracts src/data_contracts/shared_instance.h
+                      "${PROJECT_BINARY_DIR}/include/data_contracts/data_contracts_export.h")
+# The contracts keep the path that a .proto file of another project imports them by.
+install(DIRECTORY proto/corvo "${PROJECT_BINARY_DIR}/proto/generated/corvo" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
         FILES_MATCHING PATTERN "*.h" PATTERN "*.proto")
+# In the source tree a header is included as "folder/name.h", which could be anybody's.
+install(CODE "set(CORVO_INSTALLED_INCLUDE_DIR \"${CMAKE_INSTALL_INCLUDEDIR}\")")
+install(SCRIPT cmake/CorvoInstalledIncludes.cmake)
 
 install(EXPORT corvo-telemetry-targets NAMESPACE corvo-telemetry:: DESTINATION "${CORVO_CMAKE_DIR}")
 configure_package_config_file(
@@ -44,6 +49,16 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-co
 install(FILES "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-config.cmake"
               "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry-config-version.cmake" DESTINATION "${CORVO_CMAKE_DIR}")
 
+# The same for builds without CMake.
+set(CORVO_PKGCONFIG_DIR "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}/${CORVO_PKGCONFIG_DIR}"
+           OUTPUT_VARIABLE CORVO_PREFIX_FROM_PKGCONFIG)
+configure_file(cmake/corvo-telemetry.pc.in "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry.pc" DESTINATION "${CORVO_PKGCONFIG_DIR}")
+
+install(FILES LICENSE CHANGELOG.md docs/behaviour.md docs/contracts.md docs/hosting.md docs/storage.md
+        DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+
 # cpack packs the installed tree into one archive.
 if(WIN32)
   set(CPACK_GENERATOR ZIP)
@@ -53,5 +68,6 @@ else()
   set(CPACK_GENERATOR TGZ)
 endif()
 set(CPACK_PACKAGE_VENDOR "Corvo")
+set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_STRIP_FILES ON)
 include(CPack)

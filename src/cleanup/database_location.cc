@@ -10,8 +10,9 @@ namespace {
 
 using google::protobuf::Message;
 
-// The same text on every platform, whatever data directory is set. It serves bare names alone: the marker of an invalid
-// path, and a file that the storage library gives no path for.
+// The same text on every platform, whatever data directory is set; only on Windows is it a directory, elsewhere the
+// begin of a file name. It serves bare names alone: the marker of an invalid path, and a file that the storage library
+// gives no path for.
 constexpr const char* kDataDirectory = "c:\\ProgramData\\Corvo\\Telemetry\\Data\\";
 
 }  // namespace

@@ -77,7 +77,7 @@ std::int32_t Megabytes(std::int32_t page_size, std::int32_t page_number) {
 }
 
 std::uint32_t RowsOverLimit(std::uint32_t count, std::uint32_t row_limit, double margin_percent) {
-  // Deliberately below the limit, and so is the trigger: the margin keeps the next pass from trimming again at once.
+  // Deliberately below the limit, and so is the trigger: the margin is kept free.
   const std::int32_t keep = Truncate(row_limit - margin_percent / 100.0 * row_limit);
   const auto signed_count = static_cast<std::int32_t>(count);
   return keep < signed_count ? static_cast<std::uint32_t>(signed_count - keep) : 0;

@@ -2,6 +2,8 @@
 
 #include <google/protobuf/message.h>
 
+#include "data_contracts/data_contracts_export.h"
+
 namespace corvo::telemetry::contract::storage {
 
 /// The process's one heap instance of the prototype's type, made with the type's default constructor when it is first

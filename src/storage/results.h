@@ -22,7 +22,7 @@ class Column {
   const char* text_ = "";
 };
 
-/// An array of a fixed number of elements, read through `elements` and `count` or by index.
+/// An array of a fixed number of elements, read in a range-based for, by index, or through `elements` and `count`.
 ///
 /// The elements are kept once and shared between copies, so a copy costs the same whatever the size, and an array
 /// stays valid for as long as any copy of it lives. Elements cannot be changed, so copies may be read from several
@@ -55,6 +55,10 @@ class DynamicArray {
 
   /// The element at `index`, which must be at least 0 and below `count`.
   const T& operator[](int index) const { return elements[index]; }
+
+  [[nodiscard]] std::int32_t size() const { return count; }
+  [[nodiscard]] const T* begin() const { return elements; }
+  [[nodiscard]] const T* end() const { return elements + count; }
 
   const T* elements = nullptr;  ///< first element; owned by the array and its copies
   std::int32_t count = 0;       ///< number of elements

@@ -141,5 +141,39 @@ TEST(Log, InitialisingTwiceKeepsTheLoggerAndAddsTheAppenderBehindTheOthers) {
   EXPECT_EQ(log.Lines().size(), 1U);
 }
 
+// A host hands over the logger that it has: where that is this one, adding it would write every record without end.
+TEST(Log, InitialisingWithTheLoggerItselfDoesNotAddIt) {
+  const LogCapture log;
+  InitDefaultLogger(plog::verbose, plog::get());
+  CORVO_LOG(plog::info, "Tag") << "text";
+  EXPECT_EQ(log.Lines().size(), 1U);
+}
+
+/// Keeps what a host without plog is told.
+class KeepingSink : public telemetry::common::LogSink {
+ public:
+  void Write(const telemetry::common::LogRecord& record) noexcept override {
+    severity = record.severity;
+    texts.push_back(std::string(record.tag) + ": " + record.text);
+  }
+
+  telemetry::common::LogSeverity severity = telemetry::common::LogSeverity::kNone;
+  std::vector<std::string> texts;
+};
+
+TEST(LogSink, GetsSeverityTagAndTextOfEveryAdmittedRecord) {
+  // The logger keeps what writes to it for good.
+  static KeepingSink sink;
+  InitDefaultLogger(telemetry::common::LogSeverity::kInfo, &sink);
+  InitDefaultLogger(telemetry::common::LogSeverity::kInfo, nullptr);
+  const LogCapture log(plog::info);
+
+  CORVO_LOG(plog::warning, "corvo::Function") << "caf\xC3\xA9 " << 3;
+  CORVO_LOG(plog::debug, "corvo::Function") << "above the maximum";
+
+  EXPECT_THAT(sink.texts, ElementsAre("corvo::Function: caf\xC3\xA9 3"));
+  EXPECT_EQ(sink.severity, telemetry::common::LogSeverity::kWarning);
+}
+
 }  // namespace
 }  // namespace corvo::test

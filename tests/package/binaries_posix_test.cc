@@ -48,13 +48,14 @@ TEST(DataContracts, StayInTheProcessWhenTheModuleIsUnloaded) {
 }
 
 TEST(Commons, ExportsTheseFunctionsAndNoOther) {
-  EXPECT_THAT(ExportedFunctions(CORVO_COMMONS, "corvo::telemetry::common::"),
-              UnorderedElementsAre("DefaultLogger", "Error::Error", "Error::operator=", "Error::~Error", "ErrorText",
-                                   "ErrorToJson", "FormatUtcTime", "InitDefaultLogger", "MakeErrorFromException",
-                                   "PathFromUtf8", "ReplaceZone", "TelemetryCollectorBase::Collect",
-                                   "TelemetryCollectorBase::Configure", "TelemetryCollectorBase::Execute",
-                                   "TelemetryCollectorBase::Finalize", "TelemetryCollectorBase::TelemetryCollectorBase",
-                                   "TelemetryCollectorBase::~TelemetryCollectorBase", "Utf8", "ValidUtf8"));
+  EXPECT_THAT(
+      ExportedFunctions(CORVO_COMMONS, "corvo::telemetry::common::"),
+      UnorderedElementsAre("DefaultLogger", "Error::Error", "Error::operator=", "Error::~Error", "ErrorText",
+                           "ErrorToJson", "FormatUtcTime", "InitDefaultLogger", "LogSink::LogSink", "LogSink::~LogSink",
+                           "MakeErrorFromException", "PathFromUtf8", "ReplaceZone", "TelemetryCollectorBase::Collect",
+                           "TelemetryCollectorBase::Configure", "TelemetryCollectorBase::Execute",
+                           "TelemetryCollectorBase::Finalize", "TelemetryCollectorBase::TelemetryCollectorBase",
+                           "TelemetryCollectorBase::~TelemetryCollectorBase", "Utf8", "ValidUtf8"));
   EXPECT_THAT(ExportedFunctions(CORVO_COMMONS, "corvo::shared::"),
               UnorderedElementsAre("plugin::IPluginModule::~IPluginModule",
                                    "plugin::PluginBufferAllocator::~PluginBufferAllocator"));

@@ -28,6 +28,25 @@ TEST(DynamicArray, OfNoSizeIsEmpty) {
   EXPECT_EQ(DynamicArray<int>(-1).count, 0);
 }
 
+TEST(DynamicArray, IsReadInARangeBasedFor) {
+  const DynamicArray<int> array(3);
+  int seen = 0;
+
+  for (const int& element : array) {
+    EXPECT_EQ(&element, &array[seen++]);
+  }
+
+  EXPECT_EQ(seen, 3);
+  EXPECT_EQ(array.size(), 3);
+}
+
+TEST(DynamicArray, OfNoSizeHasNoRange) {
+  const DynamicArray<int> array;
+
+  EXPECT_EQ(array.begin(), array.end());
+  EXPECT_EQ(array.size(), 0);
+}
+
 TEST(DynamicArray, OfRowsBeginsWithEmptyRows) {
   const DynamicArray<DynamicArray<Column>> rows(1);
 

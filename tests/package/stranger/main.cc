@@ -1,6 +1,13 @@
-// A host of another project: makes a database, loads the module, runs one pass and looks at what is left.
+#include <corvo-telemetry/common/error.h>
+#include <corvo-telemetry/common/logger.h>
+#include <corvo-telemetry/plugin/load_plugin.h>
+#include <corvo-telemetry/storage/sql_command.h>
+#include <corvo-telemetry/storage/storage_options.h>
+#include <corvo-telemetry/storage/telemetry_storage.h>
+#include <corvo/telemetry/contract/storage/device_usage.pb.h>
 #include <dlfcn.h>
 
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -9,80 +16,94 @@
 #include <string>
 #include <vector>
 
-#include "common/error.h"
-#include "corvo/telemetry/contract/storage/device_usage.pb.h"
-#include "framework/plugin_module.h"
-#include "storage/sql_command.h"
-#include "storage/storage_options.h"
-#include "storage/telemetry_storage.h"
-
-namespace {
-
-using corvo::shared::plugin::IDynamicPluginModule;
+namespace common = corvo::telemetry::common;
+namespace datacleanup = corvo::telemetry::plugin::datacleanupplugin;
+namespace shared = corvo::shared;
 using corvo::telemetry::contract::storage::device_usage::PowerEvents;
 
-// Keeps what the module wrote for as long as the program needs it.
-class KeepingAllocator : public corvo::shared::plugin::PluginBufferAllocator {
+class StandardErrorLog : public common::LogSink {
  public:
-  char* Allocate(std::size_t size) const override {
-    return buffers_.emplace_back(std::make_unique<char[]>(size)).get();
+  void Write(const common::LogRecord& record) noexcept override {
+    std::cerr << record.tag << ": " << record.text << '\n';
   }
-
- private:
-  mutable std::vector<std::unique_ptr<char[]>> buffers_;
 };
 
-void Require(bool condition, const std::string& message) {
-  if (!condition) {
-    throw std::runtime_error(message);
-  }
+void StartLog() {
+  static StandardErrorLog log;
+  common::InitDefaultLogger(common::LogSeverity::kError, &log);
 }
 
-// Runs one statement on the database of the contract; the first value of its first row, or the empty text.
-std::string Run(const char* sql) {
+shared::Rows Run(const char* sql) {
   const PowerEvents contract;
-  corvo::shared::TelemetryStorage storage(&contract, "");
-  auto* const command = new corvo::shared::SqlCommand(sql);
-  const corvo::telemetry::common::Error error = storage.Execute(command, false);
-  Require(!error.Failed(), std::string(sql) + ": " + error.what);
-  const auto rows = command->GetResults();
-  return rows.count == 0 ? "" : rows[0][0].GetColumnValue();
+  shared::TelemetryStorage storage(&contract, "");
+  auto* const command = new shared::SqlCommand(sql);
+  const common::Error error = storage.Execute(command, false);
+  if (error.Failed()) {
+    throw std::runtime_error(std::string(sql) + ": " + error.what);
+  }
+  return command->GetResults();
 }
 
-void MakeDatabase(const std::filesystem::path& folder) {
-  corvo::shared::SetDataDirectory(folder.string());
-  std::ofstream(folder / "DeviceUsage.db", std::ios::trunc);  // an empty file is an empty database
+void MakeDatabase(const std::filesystem::path& directory) {
+  shared::SetDataDirectory(directory.string());
+  std::filesystem::create_directories(directory);
+  std::ofstream(directory / "DeviceUsage.db", std::ios::trunc);
   Run("CREATE TABLE PowerEvents (time TEXT, event_kind TEXT)");
   Run("INSERT INTO PowerEvents VALUES ('2001-01-01T00:00:00+00:00', 'old'), (datetime('now'), 'new')");
 }
 
-std::unique_ptr<IDynamicPluginModule> LoadModule() {
-  void* const library = dlopen(PLUGIN_DIR "/corvo-telemetry-data-cleanup.so", RTLD_NOW | RTLD_LOCAL);
-  Require(library != nullptr, library == nullptr ? dlerror() : "");
-  auto* const load = reinterpret_cast<IDynamicPluginModule* (*)()>(dlsym(library, "LoadPlugin"));
-  Require(load != nullptr, "LoadPlugin is not exported");
-  return std::unique_ptr<IDynamicPluginModule>(load());
-}
+struct Unload {
+  void operator()(void* library) const { dlclose(library); }
+};
 
-void RunPass() {
-  const KeepingAllocator allocator;
+class Module {
+ public:
+  explicit Module(const char* file) : library_(dlopen(file, RTLD_NOW | RTLD_LOCAL)) {
+    void* const symbol = library_ != nullptr ? dlsym(library_.get(), datacleanup::kLoadPluginName) : nullptr;
+    if (symbol == nullptr) {
+      throw std::runtime_error(dlerror());
+    }
+    object_.reset(reinterpret_cast<datacleanup::LoadPluginFunction>(symbol)());
+  }
+
+  shared::plugin::IDynamicPluginModule* operator->() const { return object_.get(); }
+
+ private:
+  std::unique_ptr<void, Unload> library_;
+  std::unique_ptr<shared::plugin::IDynamicPluginModule> object_;
+};
+
+class Buffers : public shared::plugin::PluginBufferAllocator {
+ public:
+  char* Allocate(std::size_t size) const override { return kept_.emplace_back(std::make_unique<char[]>(size)).get(); }
+
+ private:
+  mutable std::vector<std::unique_ptr<char[]>> kept_;
+};
+
+std::string RunPass(const Module& module) {
+  const Buffers buffers;
   char* output = nullptr;
-  LoadModule()->Execute("", output, allocator);
-  Require(output != nullptr, "the module wrote no output");
-  Require(std::string(output) == R"({"category":"EC_NoError","code":0,"version":3})", output);
+  module->Execute("", output, buffers);
+  return output != nullptr ? output : "no result";
 }
-
-}  // namespace
 
 int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "usage: my-host <data directory>\n";
+    return 2;
+  }
   try {
-    Require(argc == 2, "usage: stranger <data folder>");
+    StartLog();
     MakeDatabase(argv[1]);
-    RunPass();
-    Require(Run("SELECT group_concat(event_kind) FROM PowerEvents") == "new", "the wrong rows were deleted");
+    const std::string result = RunPass(Module(CORVO_MODULE));
+    std::cout << "result: " << result << '\n';
+    for (const auto& row : Run("SELECT event_kind FROM PowerEvents")) {
+      std::cout << "kept: " << row[0].GetColumnValue() << '\n';
+    }
+    return result == common::ErrorText(common::Error()) ? 0 : 1;
   } catch (const std::exception& e) {
-    std::cerr << "stranger: " << e.what() << '\n';
+    std::cerr << "my-host: " << e.what() << '\n';
     return 1;
   }
-  return 0;
 }
