@@ -8,7 +8,6 @@
 namespace corvo::test {
 namespace {
 
-
 constexpr const char* kTag = "DataCleanup::GetTableSize";
 
 class GetTableSize : public EngineTest {
