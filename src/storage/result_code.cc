@@ -61,7 +61,13 @@ bool Reports(const Error& record, ResultCode code) noexcept {
 
 }  // namespace
 
-Error Failure(sqlite3* handle) { return Record(sqlite3_extended_errcode(handle), sqlite3_errmsg(handle)); }
+Error Failure(sqlite3* handle) {
+  const int code = sqlite3_extended_errcode(handle);
+  const std::string_view what = sqlite3_errmsg(handle);
+  // SQLite calls a schema malformed that has a text above the limit: the file is not damaged for that.
+  const bool too_big = (code & 0xff) == SQLITE_CORRUPT && what.ends_with(" - string or blob too big");
+  return Record(too_big ? SQLITE_TOOBIG : code, std::string(what));
+}
 
 Error Failure(ResultCode code, const std::string& detail) { return Failure(static_cast<int>(code), detail); }
 

@@ -19,7 +19,7 @@ enum class ResultCode : std::int32_t {
   kLocked = 6,        ///< this connection holds the table locked
   kNoMemory = 7,      ///< no memory, or the limit on SQLite's memory is reached
   kReadOnly = 8,      ///< the file or its directory must not be written
-  kInterrupt = 9,     ///< ended by the time limit
+  kInterrupt = 9,     ///< ended by the time limit or by `InterruptStatements`
   kIoError = 10,      ///< the operating system reported a failure of the disk
   kCorrupt = 11,      ///< the file is damaged
   kNotFound = 12,     ///< an unknown file control
@@ -65,7 +65,7 @@ enum class ResultCode : std::int32_t {
 /// The schema holds something that the storage does not work with, such as a table in place of SQLite's statistics.
 [[nodiscard]] CORVO_STORAGE_API bool IsRefused(const corvo::telemetry::common::Error& record) noexcept;
 
-/// The statement ran into the time limit.
+/// The statement ran into the time limit, or the host interrupted it.
 [[nodiscard]] CORVO_STORAGE_API bool IsInterrupted(const corvo::telemetry::common::Error& record) noexcept;
 
 /// Memory ran out, or the limit on SQLite's memory was reached.

@@ -3,6 +3,7 @@
 
 #include <ostream>
 
+#include "storage/result_code.h"
 #include "storage/storage_fixture.h"
 
 namespace corvo::test {
@@ -173,6 +174,17 @@ INSTANTIATE_TEST_SUITE_P(
                     Excess{"ExpressionDepth", "SELECT 1" + Repeated(" + 1", 501), SQLITE_ERROR},
                     Excess{"PatternLength", "SELECT 'a' LIKE '" + std::string(1001, '%') + "'", SQLITE_ERROR}),
     [](const auto& excess) { return excess.param.what; });
+
+TEST_F(UntrustedFile, WithALongTextInItsSchemaIsTooBigAndNotDamaged) {
+  CreateSamples(1);
+  Database(file_).Run("CREATE TABLE Long(x DEFAULT '" + std::string(std::size_t{1024} * 1024, 'x') + "')");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  const Error error = RunSql(storage, "DELETE FROM Samples");
+
+  EXPECT_TRUE(shared::IsTooBig(error)) << ErrorText(error);
+  EXPECT_FALSE(shared::IsDamaged(error));
+}
 
 TEST_F(UntrustedFile, CanBeJoinedByOneOtherDatabaseOnly) {
   CreateSamples(1);
