@@ -2,6 +2,6 @@
 #include "host/platform/platform.h"
 
 int main(int argc, char** argv) {
-  corvo::telemetry::host::PrepareStandardStreams();
+  corvo::telemetry::host::PrepareProcess();
   return corvo::telemetry::host::RunCommandLine(argc, argv);
 }

@@ -67,7 +67,8 @@ TEST_F(GenerateCommand, MakesTheDirectoryAndSaysWhatItWrote) {
   const HostRun run = Generate();
   EXPECT_EQ(run.exit_code, 0) << run.err;
   EXPECT_TRUE(fs::is_directory(data_));
-  EXPECT_THAT(run.out, HasSubstr("Generated 5 databases in " + data_));
+  const std::string databases = std::to_string(catalogue_.databases.size() - 1);
+  EXPECT_THAT(run.out, HasSubstr("Generated " + databases + " databases in " + data_));
   EXPECT_THAT(run.out, HasSubstr("seed 1, up to 2024-05-01T00:00:00+00:00"));
 }
 
@@ -112,6 +113,58 @@ TEST_F(GenerateCommand, CannotMakeADirectoryWhereAFileIs) {
   const HostRun run = Generate();
   EXPECT_EQ(run.exit_code, 2);
   EXPECT_THAT(run.err, HasSubstr(data_));
+}
+
+TEST_F(GenerateCommand, CannotMakeADirectoryBelowAFile) {
+  std::ofstream(data_) << "a file";
+  const HostRun run = RunHost({"generate", "--data-dir", data_ + "/below"});
+  EXPECT_EQ(run.exit_code, 2);
+  EXPECT_THAT(run.err, HasSubstr(data_ + " is in the way"));
+}
+
+TEST_F(GenerateCommand, MakesMissingParentsAndLeavesNothingButDatabases) {
+  EXPECT_EQ(RunHost({"generate", "--data-dir", data_ + "/a/b", "--scale", "0.01"}).exit_code, 0);
+  for (const fs::directory_entry& entry : fs::directory_iterator(data_ + "/a/b")) {
+    EXPECT_EQ(entry.path().extension(), ".db") << entry.path();
+  }
+}
+
+TEST_F(GenerateCommand, RefusesAJournalThatIsLeftOver) {
+  fs::create_directory(data_);
+  std::ofstream(fs::path(data_) / "Cache.db-wal") << "left by a crash";
+  const HostRun run = Generate();
+  EXPECT_EQ(run.exit_code, 2);
+  EXPECT_THAT(run.err, HasSubstr("Cache.db-wal"));
+  EXPECT_EQ(std::distance(fs::directory_iterator(data_), {}), 1);
+}
+
+TEST_F(GenerateCommand, NeverReplacesADirectoryUnderADatabasesName) {
+  fs::create_directories(fs::path(data_) / "HealthLog.db" / "kept");
+  const HostRun run = Generate({"--scale", "0.01", "--force"});
+  EXPECT_EQ(run.exit_code, 2);
+  EXPECT_THAT(run.err, HasSubstr("HealthLog.db is a link, a directory or something else that is no ordinary file"));
+  EXPECT_TRUE(fs::exists(fs::path(data_) / "HealthLog.db" / "kept"));
+  EXPECT_EQ(std::distance(fs::directory_iterator(data_), {}), 1);
+}
+
+TEST_F(GenerateCommand, DescribesWhatItWroteAsJson) {
+  const HostRun run = Generate({"--scale", "0.01", "--seed", "18446744073709551615", "--json"});
+  EXPECT_EQ(run.exit_code, 0) << run.err;
+  const nlohmann::json document = run.Json();
+  EXPECT_EQ(document["directory"], data_);
+  EXPECT_EQ(document["seed"], 18'446'744'073'709'551'615U);
+  EXPECT_EQ(document["now"], "2024-05-01T00:00:00+00:00");
+  std::size_t tables = 0;
+  std::int64_t rows = 0;
+  for (const auto& database : document["databases"]) {
+    const fs::path file(database["path"].get<std::string>());
+    EXPECT_EQ(file, fs::path(data_) / (database["name"].get<std::string>() + ".db"));
+    EXPECT_EQ(database["bytes"], fs::file_size(file));
+    tables += database["tables"].get<std::size_t>();
+    rows += database["rows"].get<std::int64_t>();
+  }
+  EXPECT_EQ(rows, static_cast<std::int64_t>(Content().size()));
+  EXPECT_EQ(tables + document["left_out"].size(), catalogue_.contracts.size());
 }
 
 TEST_F(GenerateCommand, RefusesANowThatIsNoDay) { EXPECT_EQ(Generate({"--now", "yesterday"}).exit_code, 2); }

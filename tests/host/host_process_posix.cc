@@ -51,14 +51,14 @@ class Streams {
 };
 
 pid_t Start(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
-            const Streams& streams) {
-  std::vector<std::string> words = {CORVO_HOST_PROGRAM};
+            const Streams& streams, std::vector<std::string> words = {}) {
+  words.emplace_back(CORVO_HOST_PROGRAM);
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<std::string> variables = Environment(environment);
   pid_t process = 0;
-  if (posix_spawn(&process, CORVO_HOST_PROGRAM, streams.Actions(), nullptr, Pointers(words).data(),
-                  Pointers(variables).data()) != 0) {
-    throw std::runtime_error("cannot start " CORVO_HOST_PROGRAM);
+  if (posix_spawnp(&process, words.front().c_str(), streams.Actions(), nullptr, Pointers(words).data(),
+                   Pointers(variables).data()) != 0) {
+    throw std::runtime_error("cannot start " + words.front());
   }
   return process;
 }
@@ -109,6 +109,12 @@ class Terminal {
 HostRun RunHost(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
   const TempDir folder;
   const int exit_code = ExitCode(Start(arguments, environment, Streams(folder / "out", folder / "err")));
+  return {exit_code, Content(folder / "out"), Content(folder / "err")};
+}
+
+HostRun RunHostThrough(const std::vector<std::string>& through, const std::vector<std::string>& arguments) {
+  const TempDir folder;
+  const int exit_code = ExitCode(Start(arguments, {}, Streams(folder / "out", folder / "err"), through));
   return {exit_code, Content(folder / "out"), Content(folder / "err")};
 }
 

@@ -53,6 +53,10 @@ HostRun RunHostOnFullDisk(const std::vector<std::string>& arguments) {
   return {exit_code, "", Content(folder / "err")};
 }
 
+HostRun RunHostThrough(const std::vector<std::string>& /*through*/, const std::vector<std::string>& arguments) {
+  return RunHost(arguments);
+}
+
 HostRun RunHostMute(const std::vector<std::string>& arguments) {
   const TempDir folder;
   const Handle out = Open(folder / "out", GENERIC_READ, CREATE_ALWAYS);

@@ -37,26 +37,30 @@ class ScriptedModule : public shared::plugin::IDynamicPluginModule {
   std::vector<const char*> outputs_;
 };
 
-TEST(RunPasses, RunsTheModuleAsOftenAsAsked) {
-  ScriptedModule module({kSuccess, kSuccess, kSuccess});
-  const auto outcomes = RunPasses(module, 3, false);
-  EXPECT_EQ(outcomes.size(), 3U);
-  EXPECT_EQ(module.inputs, std::vector<std::string>(3, ""));
-  EXPECT_FALSE(outcomes.back().result.Failed());
+TEST(RunPass, RunsTheModuleOnceWithoutInput) {
+  ScriptedModule module({kSuccess});
+  const PassOutcome outcome = RunPass(module, 0).outcome;
+  EXPECT_EQ(module.inputs, std::vector<std::string>({""}));
+  EXPECT_FALSE(outcome.result.Failed());
+  EXPECT_EQ(outcome.failure, std::nullopt);
 }
 
-TEST(RunPasses, StopsAtTheFirstPassThatFails) {
-  ScriptedModule module({kSuccess, kFailure, kSuccess});
-  const auto outcomes = RunPasses(module, 3, false);
-  ASSERT_EQ(outcomes.size(), 2U);
-  EXPECT_EQ(ErrorJson(outcomes.back().result), Json::parse(kFailure));
+TEST(RunPass, GivesTheRecordOfTheModule) {
+  ScriptedModule module({kFailure});
+  EXPECT_EQ(ErrorJson(RunPass(module, 0).outcome.result), Json::parse(kFailure));
+}
+
+TEST(RunPass, TellsAFailureByCategoryOrCode) {
+  ScriptedModule module({R"({"category":"EC_NoError","code":1})", R"({"category":"EC_Std","code":0})"});
+  EXPECT_TRUE(RunPass(module, 0).outcome.result.Failed());
+  EXPECT_TRUE(RunPass(module, 0).outcome.result.Failed());
 }
 
 class UselessOutput : public testing::TestWithParam<const char*> {};
 
 TEST_P(UselessOutput, CountsAsAFailedPass) {
   ScriptedModule module({GetParam()});
-  const common::Error result = RunPasses(module, 1, false).back().result;
+  const common::Error result = RunPass(module, 0).outcome.result;
   EXPECT_TRUE(result.Failed());
   EXPECT_EQ(result.category, common::EC_Custom);
   EXPECT_THAT(result.what, testing::HasSubstr("gave no result"));
@@ -73,29 +77,82 @@ class ThrowingModule : public shared::plugin::IDynamicPluginModule {
   void Execute(const char*, char*&, const PluginBufferAllocator&) override { throw std::runtime_error("from inside"); }
 };
 
-TEST(RunPasses, CountsAnExceptionOfTheModuleAsAFailedPass) {
+TEST(RunPass, CountsAnExceptionOfTheModuleAsAFailedPass) {
   const auto former = shared::GetStatementObserver();
   ThrowingModule module;
-  const auto outcomes = RunPasses(module, 2, false);
-  ASSERT_EQ(outcomes.size(), 1U);
-  EXPECT_EQ(outcomes.back().result.category, common::EC_Std);
-  EXPECT_EQ(outcomes.back().result.what, "from inside");
+  const common::Error result = RunPass(module, 0).outcome.result;
+  EXPECT_EQ(result.category, common::EC_Std);
+  EXPECT_EQ(result.what, "from inside");
   EXPECT_EQ(shared::GetStatementObserver(), former);
 }
 
-TEST(RunPasses, PutsTheStatementObserverBack) {
+TEST(RunPass, PutsTheStatementObserverBack) {
   const auto former = shared::GetStatementObserver();
   ScriptedModule module({kSuccess});
-  const auto outcomes = RunPasses(module, 1, false);
-  EXPECT_EQ(outcomes.size(), 1U);
+  EXPECT_FALSE(RunPass(module, 0).outcome.result.Failed());
   EXPECT_EQ(shared::GetStatementObserver(), former);
 }
 
-TEST(RunPasses, TellsAFailureByCategoryOrCode) {
-  ScriptedModule module({kSuccess, R"({"category":"EC_NoError","code":1})"});
-  EXPECT_TRUE(RunPasses(module, 2, false).back().result.Failed());
-  ScriptedModule without_code({R"({"category":"EC_Std","code":0})"});
-  EXPECT_TRUE(RunPasses(without_code, 1, false).back().result.Failed());
+/// A record of a statement on HealthLog.db.
+shared::StatementRecord Ran(const char* sql, std::int64_t rows, const common::Error& result) {
+  return {"/data/HealthLog.db", sql, {}, {}, rows, result};
+}
+
+class PassWatching : public testing::Test {
+ protected:
+  void End(const char* sql, std::int64_t rows = 0, const common::Error& result = {}) {
+    watcher_.OnEnd(Ran(sql, rows, result));
+  }
+  [[nodiscard]] Visit TheVisit() const { return watcher_.Visits().at("HealthLog.db"); }
+
+  PassWatcher watcher_{0};
+};
+
+TEST_F(PassWatching, AddsUpDeletedRowsByTheRuleThatNamedThem) {
+  End("DELETE FROM Boot WHERE datetime(time) < datetime('2024-01-01');", 900);
+  End("SELECT COUNT(*) AS rows FROM Boot");
+  End("DELETE FROM Boot WHERE rowid IN (SELECT rowid FROM Boot ORDER BY rowid ASC LIMIT 100);", 100);
+  End("SELECT pgsize, pageno FROM dbstat WHERE name='Boot'");
+  End("DELETE FROM Boot WHERE rowid IN (SELECT rowid FROM Boot ORDER BY rowid ASC LIMIT 7);", 7);
+  End("VACUUM;");
+  const Deleted deleted = TheVisit().tables.at("Boot");
+  EXPECT_EQ(deleted.expired, 900);
+  EXPECT_EQ(deleted.row_limit, 100);
+  EXPECT_EQ(deleted.size_limit, 7);
+  EXPECT_EQ(watcher_.RowsDeleted(), 1007);
+  EXPECT_TRUE(TheVisit().compacted);
+}
+
+TEST_F(PassWatching, RemembersTheStatementThatFailed) {
+  common::Error failure;
+  failure.category = common::EC_Custom;
+  failure.code = 5;
+  failure.type = "sqlite3";
+  End("DELETE FROM Boot WHERE datetime(time) < datetime('2024-01-01');", 3, failure);
+  EXPECT_EQ(watcher_.LastFailure()->database, "/data/HealthLog.db");
+  EXPECT_THAT(watcher_.LastFailure()->sql, testing::StartsWith("DELETE FROM Boot"));
+  EXPECT_EQ(watcher_.RowsDeleted(), 0) << "it was rolled back";
+  EXPECT_FALSE(TheVisit().compacted);
+}
+
+TEST_F(PassWatching, TakesAMissingTableForNoFailure) {
+  common::Error missing;
+  missing.category = common::EC_Custom;
+  missing.code = 1;
+  missing.type = "sqlite3";
+  missing.what = "no such table: Boot";
+  End("DELETE FROM Boot WHERE datetime(time) < datetime('2024-01-01');", 0, missing);
+  EXPECT_EQ(watcher_.LastFailure(), std::nullopt);
+}
+
+TEST_F(PassWatching, DoesNotTakeAFailedCompactionForOne) {
+  common::Error full;
+  full.category = common::EC_Custom;
+  full.code = 13;
+  full.type = "sqlite3";
+  End("VACUUM;", 0, full);
+  EXPECT_FALSE(TheVisit().compacted);
+  EXPECT_NE(TheVisit().failure, std::nullopt);
 }
 
 }  // namespace

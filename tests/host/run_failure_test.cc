@@ -77,7 +77,7 @@ TEST_F(RunFailure, OfADamagedDatabaseIsTheModulesRecord) {
   EXPECT_EQ(run.exit_code, 1);
   EXPECT_EQ(run.Json()["result"]["type"], "sqlite3");
   EXPECT_EQ(run.Json()["result"]["code"], 26);
-  EXPECT_THAT(run.err, HasSubstr("cannot count the rows of " + File("HealthLog.db").string()));
+  EXPECT_EQ(run.Json()["cleaned"], 4);
 }
 
 TEST_F(RunFailure, OfADamagedDatabaseShowsUnknownCountsAndAdvice) {
@@ -85,7 +85,7 @@ TEST_F(RunFailure, OfADamagedDatabaseShowsUnknownCountsAndAdvice) {
   std::ofstream(File("HealthLog.db"), std::ios::trunc) << "this is no database, but it is long enough to look at";
   const HostRun run = Run();
   EXPECT_THAT(run.out, ContainsPattern("  BatteryStatus +\\? +\\?\n"));
-  EXPECT_THAT(run.out, HasSubstr("The pass failed in " + File("HealthLog.db").string() + ": file is not a database"));
+  EXPECT_THAT(run.out, HasSubstr("Cleaned 4 of 5 databases; not cleaned: HealthLog (damaged: file is not a database)"));
   EXPECT_THAT(run.out, HasSubstr("move it away"));
 }
 
@@ -95,16 +95,19 @@ TEST_F(RunFailure, SendsNoControlCharacterOfTheFileToATerminal) {
       .Run("PRAGMA writable_schema = ON; UPDATE sqlite_schema SET name = char(27) || '[2J', sql = 'CREATE nothing'");
   const HostRun run = Run();
   EXPECT_EQ(run.exit_code, 1);
-  EXPECT_THAT(run.out, HasSubstr("The pass failed in " + File("Cache.db").string()));
+  EXPECT_THAT(run.out, HasSubstr("not cleaned: Cache (damaged: malformed database schema (\\x1b[2J)"));
   EXPECT_THAT(run.out + run.err, testing::Not(HasSubstr("\x1b")));
 }
 
-TEST_F(RunFailure, OfAPassEndsTheRun) {
+TEST_F(RunFailure, OfOneDatabaseLeavesTheOthersClean) {
   Generate();
   std::ofstream(File("Cache.db"), std::ios::trunc) << "this is no database, but it is long enough to look at";
-  const HostRun run = Run({"--passes", "3"});
+  const HostRun run = Run({"--json"});
   EXPECT_EQ(run.exit_code, 1);
-  EXPECT_THAT(run.out, testing::Not(HasSubstr("Pass 2")));
+  const nlohmann::json document = run.Json();
+  for (const auto& database : document["databases"]) {
+    EXPECT_EQ(database["cleaned"], database["name"] != "Cache") << database["name"];
+  }
 }
 
 class MissingLocale : public RunFailure {
@@ -138,6 +141,14 @@ TEST_F(MissingLocale, FailsThePassWithTheRecordOfTheLocale) {
   const nlohmann::json document = run.Json();
   EXPECT_EQ(document["result"]["category"], "EC_Std");
   EXPECT_THAT(document["result"]["what"].get<std::string>(), HasSubstr("locale"));
+}
+
+TEST_F(MissingLocale, FailsAPassAndEndsTheRunWithIt) {
+  Generate();
+  const HostRun run = RunWithoutLocales({"--passes", "3"});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_THAT(run.out, HasSubstr("Cleaned 0 of 5 databases; not cleaned: "));
+  EXPECT_THAT(run.out, testing::Not(HasSubstr("Pass 2")));
 }
 
 TEST_F(MissingLocale, ExpiresNoRowAndKeepsTheRowLimitOfTheFirstTableAlone) {

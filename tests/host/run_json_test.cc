@@ -8,15 +8,27 @@
 namespace corvo::telemetry::host {
 namespace {
 
-TEST(RunDocument, HoldsResultDatabasesAndSeconds) {
+TEST(RunDocument, HoldsResultDatabasesPassesAndSeconds) {
   EXPECT_EQ(Json::parse(RunDocument(test::SampleReport())), Json::parse(R"({
     "schema_version": 1,
     "result": {"category": "EC_NoError", "code": 0, "version": 3},
     "databases": [{"name": "HealthLog", "path": "HealthLog.db", "bytes_before": 2000000, "bytes_after": 500000,
-                   "tables": [{"table": "Boot", "rows_before": 1500, "rows_after": 500},
-                              {"table": "Sleep", "rows_before": null, "rows_after": null},
-                              {"table": "Drive", "rows_before": null, "rows_after": null}]}],
-    "seconds": 0.25})"));
+                   "tables": [{"table": "Boot", "rows_before": 1500, "rows_after": 500, "missing": false,
+                               "deleted": {"expired": 900, "row_limit": 100, "size_limit": 0},
+                               "added_by_others": 0, "problem": null},
+                              {"table": "Sleep", "rows_before": null, "rows_after": null, "missing": true,
+                               "deleted": {"expired": 0, "row_limit": 0, "size_limit": 0},
+                               "added_by_others": null, "problem": null},
+                              {"table": "Drive", "rows_before": null, "rows_after": null, "missing": false,
+                               "deleted": {"expired": 0, "row_limit": 0, "size_limit": 0},
+                               "added_by_others": null, "problem": "locked"}],
+                   "cleaned": true, "problem": null}],
+    "seconds": 0.25,
+    "data_directory": {"path": "data", "source": "--data-dir"},
+    "cleaned": 1,
+    "interrupted": false,
+    "passes": [{"database": null, "result": {"category": "EC_NoError", "code": 0, "version": 3}, "rows_deleted": 1000,
+                "seconds": 0.25, "failed_database": null, "failed_statement": null, "advice": null}]})"));
 }
 
 TEST(RunDocument, AddsUpTheTimesOfAllPasses) {
@@ -25,12 +37,35 @@ TEST(RunDocument, AddsUpTheTimesOfAllPasses) {
   EXPECT_EQ(Json::parse(RunDocument(report))["seconds"], 0.5);
 }
 
-TEST(RunDocument, ShowsAFileThatWentAwayAsEmpty) {
+TEST(RunDocument, SaysWhyADatabaseWasNotCleanedAndWhatToDo) {
   RunReport report = test::SampleReport();
-  report.after.clear();
-  const Json database = Json::parse(RunDocument(report))["databases"][0];
-  EXPECT_EQ(database["bytes_after"], 0);
-  EXPECT_EQ(database["tables"][0]["rows_after"], nullptr);
+  report.databases[0].problem = test::SampleProblem(Problem::Kind::kBusy, "another program holds it locked", 5);
+  const Json document = Json::parse(RunDocument(report));
+  const Json& problem = document["databases"][0]["problem"];
+  EXPECT_EQ(document["cleaned"], 0);
+  EXPECT_EQ(document["databases"][0]["cleaned"], false);
+  EXPECT_EQ(problem["kind"], "busy");
+  EXPECT_EQ(problem["reason"], "another program holds it locked");
+  EXPECT_EQ(problem["record"]["code"], 5);
+  EXPECT_THAT(problem["advice"].get<std::string>(), testing::HasSubstr("try again"));
+}
+
+TEST(RunDocument, IsAFailureWhenADatabaseWasNotCleaned) {
+  RunReport report = test::SampleReport();
+  report.databases[0].problem = test::SampleProblem(Problem::Kind::kNoRoom, "no room to compact it");
+  const Json result = Json::parse(RunDocument(report))["result"];
+  EXPECT_EQ(result["code"], 1);
+  EXPECT_EQ(result["what"], "HealthLog was not cleaned: no room to compact it");
+}
+
+TEST(RunDocument, NamesTheStatementThatFailedThePass) {
+  RunReport report = test::SampleReport();
+  report.passes[0].result = test::StorageFailure(1, "no such column: time");
+  report.passes[0].failure = FailedStatement{"/data/HealthLog.db", "DELETE FROM Boot", report.passes[0].result};
+  const Json pass = Json::parse(RunDocument(report))["passes"][0];
+  EXPECT_EQ(pass["failed_database"], "/data/HealthLog.db");
+  EXPECT_EQ(pass["failed_statement"], "DELETE FROM Boot");
+  EXPECT_THAT(pass["advice"].get<std::string>(), testing::HasSubstr("--log-level"));
 }
 
 TEST(RunDocument, OfARunThatDidNotBeginHasTheRecordAndNoDatabases) {
@@ -40,7 +75,8 @@ TEST(RunDocument, OfARunThatDidNotBeginHasTheRecordAndNoDatabases) {
   error.what = "no such directory";
   EXPECT_EQ(Json::parse(RunDocument(error)), Json::parse(R"({"schema_version": 1,
                             "result": {"category": "EC_Custom", "code": 10, "version": 3, "what": "no such directory"},
-                            "databases": [], "seconds": 0.0})"));
+                            "databases": [], "seconds": 0.0, "data_directory": null, "cleaned": 0,
+                            "interrupted": false, "passes": []})"));
 }
 
 TEST(ErrorJson, IsReadBackAsTheSameRecord) {

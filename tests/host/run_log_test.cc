@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "host/run_fixture.h"
+#include "support/patterns.h"
 
 namespace corvo::test {
 namespace {
@@ -52,6 +53,17 @@ TEST_F(RunLog, HoldsErrorsOnlyByDefaultWhenAFileIsNamed) {
   EXPECT_EQ(run.err, "");
   EXPECT_THAT(LogText(), HasSubstr("no such table: "));
   EXPECT_THAT(LogText(), Not(HasSubstr("Started")));
+}
+
+TEST_F(RunLog, OfLevelBriefSparesMissingTablesWhereverItGoes) {
+  EXPECT_EQ(Run({"--log-level", "brief"}).err, "");
+  EXPECT_EQ(Run({"--log-level", "brief", "--log-file", log_}).exit_code, 0);
+  EXPECT_EQ(LogText(), "");
+}
+
+TEST_F(RunLog, BeginsItsFileWithTheFirstRecordAndNoByteOrderMark) {
+  Run({"--log-level", "info", "--log-file", log_});
+  EXPECT_THAT(LogText(), MatchesPattern("^[0-9]{4}-[0-9]{2}-[0-9]{2} [^]*"));
 }
 
 TEST_F(RunLog, NeverMixesWithTheJsonDocument) {

@@ -10,44 +10,117 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using Kind = Problem::Kind;
 
 TEST(RunText, ShowsEveryTableTheTotalsAndTheOutcome) {
   EXPECT_EQ(RunText(test::SampleReport(), false),
-            "DATABASE / TABLE  ROWS BEFORE  AFTER  DELETED  SIZE BEFORE     AFTER   FREED\n"
-            "HealthLog               1,500    500    1,000       2.0 MB  500.0 kB  1.5 MB\n"
-            "  Boot                  1,500    500    1,000\n"
-            "  Sleep                     -      -\n"
-            "  Drive                     ?      ?\n"
-            "----------------------------------------------------------------------------\n"
-            "Total                   1,500    500    1,000       2.0 MB  500.0 kB  1.5 MB\n"
+            "data (--data-dir)\n"
             "\n"
+            "DATABASE / TABLE  ROWS BEFORE  EXPIRED  ROW LIMIT  ROWS AFTER  LOST  SIZE BEFORE  SIZE AFTER   FREED\n"
+            "HealthLog               1,500      900        100         500             2.0 MB    500.0 kB  1.5 MB\n"
+            "  Boot                  1,500      900        100         500  67 %\n"
+            "  Sleep                     -                               -\n"
+            "  Drive                     ?                               ?\n"
+            "----------------------------------------------------------------------------------------------------\n"
+            "Total                   1,500      900        100         500             2.0 MB    500.0 kB  1.5 MB\n"
+            "\n"
+            "Not there, which is no failure: Sleep\n"
+            "LOST: the share of its rows that a table lost, where it is more than half\n"
             "Cleaned 1 database: 1,000 rows deleted, 1.5 MB freed in 0.2 s\n");
 }
 
 TEST(RunText, SaysForEachOfSeveralPassesWhatItDid) {
   RunReport report = test::SampleReport();
-  report.passes.push_back({.result = {}, .rows_deleted = 1, .seconds = 0.1, .failed_database = ""});
+  report.passes.push_back({.result = {}, .rows_deleted = 1, .seconds = 0.1, .database = "HealthLog"});
   EXPECT_THAT(RunText(report, false), HasSubstr("Pass 1: 1,000 rows deleted in 0.2 s\n"
-                                                "Pass 2: 1 row deleted in 0.1 s\n"));
+                                                "Pass 2 over HealthLog: 1 row deleted in 0.1 s\n"));
 }
 
-TEST(RunText, SaysWhereAPassFailedWhyAndWhatToDo) {
+TEST(RunText, SaysWhichDatabaseWasNotCleanedWhyAndWhatToDo) {
   RunReport report = test::SampleReport();
-  report.passes.back().result = test::StorageFailure(26, "file is not a database");
-  report.passes.back().failed_database = "/data/HealthLog.db";
+  report.databases.push_back({.name = "Cache",
+                              .path = "Cache.db",
+                              .tables = {},
+                              .problem = test::SampleProblem(Kind::kUnfit, "damaged: file is not a database", 26)});
   EXPECT_THAT(
       RunText(report, false),
       EndsWith(
-          "The pass failed in /data/HealthLog.db: file is not a database (EC_Custom 26)\n"
-          "The file is damaged and stays as it is. Keep a copy; the rows that can still be read come out as SQL with\n"
-          "sqlite3 FILE .recover. Then move it away: its collector makes a new one.\n"));
+          "Cache: The file is damaged and stays as it is. Keep a copy; the rows that can still be read come out as SQL "
+          "with\nsqlite3 FILE .recover. Then move it away: its collector makes a new one.\n"
+          "Cleaned 1 of 2 databases; not cleaned: Cache (damaged: file is not a database)\n"
+          "1,000 rows deleted, 1.5 MB freed in 0.2 s\n"));
+  EXPECT_THAT(RunText(report, false), HasSubstr("Cache (not cleaned)"));
+}
+
+TEST(RunText, GivesTheSameAdviceOnceForAllItsDatabases) {
+  RunReport report = test::SampleReport();
+  const Problem busy = test::SampleProblem(Kind::kBusy, "another program holds it locked", 5);
+  report.databases = {{.name = "Cache", .path = "Cache.db", .tables = {}, .problem = busy},
+                      {.name = "HealthLog", .path = "HealthLog.db", .tables = {}, .problem = busy}};
+  const std::string text = RunText(report, false);
+  EXPECT_THAT(text, HasSubstr("Cache, HealthLog: Another program holds"));
+  EXPECT_THAT(text,
+              HasSubstr("Cleaned 0 of 2 databases; not cleaned: Cache (another program holds it locked), HealthLog ("));
+}
+
+TEST(RunText, SaysWithWhichStatementAPassFailed) {
+  RunReport report = test::SampleReport();
+  report.passes.back().result = test::StorageFailure(1, "no such column: time");
+  report.passes.back().failure = FailedStatement{"/data/HealthLog.db", "DELETE FROM Boot", report.passes.back().result};
+  report.databases[0].problem = test::SampleProblem(Kind::kFailed, "no such column: time in: DELETE FROM Boot", 1);
+  const std::string text = RunText(report, false);
+  EXPECT_THAT(text,
+              HasSubstr("The pass failed in /data/HealthLog.db: no such column: time (EC_Custom 1); the statement "
+                        "was DELETE FROM Boot\n"));
+  EXPECT_THAT(text,
+              HasSubstr("Cleaned 0 of 1 database; not cleaned: HealthLog (no such column: time in: DELETE FROM Boot)"));
+}
+
+TEST(RunText, ShowsRowsOfOthersAsTheirsAndAFileThatGrewAsGrown) {
+  RunReport report = test::SampleReport();
+  report.databases[0].tables[0].rows_after = 1555;
+  report.databases[0].bytes_after = 2'500'000;
+  const std::string text = RunText(report, false);
+  EXPECT_THAT(text, HasSubstr("BY OTHERS"));
+  EXPECT_THAT(text, HasSubstr("+1,055"));
+  EXPECT_THAT(text, HasSubstr("grew 500.0 kB"));
+  EXPECT_THAT(text, EndsWith("Cleaned 1 database: 1,000 rows deleted, grew 500.0 kB in 0.2 s\n"));
+}
+
+TEST(RunText, ShowsRowsThatWentForTheSizeLimit) {
+  RunReport report = test::SampleReport();
+  report.databases[0].tables[0].deleted = {.size_limit = 1000};
+  const std::string text = RunText(report, false);
+  EXPECT_THAT(text, HasSubstr("SIZE LIMIT"));
+  EXPECT_THAT(text, Not(HasSubstr("EXPIRED")));
+}
+
+TEST(RunText, MarksWhatLostMoreThanHalfOfItsRowsAndNothingElse) {
+  RunReport report = test::SampleReport();
+  report.databases[0].tables[0].deleted = {.expired = 750};
+  EXPECT_THAT(RunText(report, false), Not(HasSubstr("LOST")));
+  report.databases[0].tables[0].deleted = {.expired = 751};
+  EXPECT_THAT(RunText(report, false), HasSubstr("50 %"));
+}
+
+TEST(RunText, SaysThatTheRunWasInterrupted) {
+  RunReport report = test::SampleReport();
+  report.signal = 2;
+  report.databases[0].problem = test::SampleProblem(Kind::kInterrupted, "interrupted", 9);
+  EXPECT_THAT(RunText(report, false),
+              HasSubstr("Interrupted: cleaned 0 of 1 database; not cleaned: HealthLog (interrupted)\n"));
 }
 
 TEST(RunText, SaysWhenThereWasNothingToClean) {
   RunReport report = test::SampleReport();
-  report.before.clear();
-  report.after.clear();
-  EXPECT_EQ(RunText(report, false), "Nothing to clean: the directory holds none of the catalogue's databases\n");
+  report.databases.clear();
+  EXPECT_EQ(RunText(report, false), "Nothing to clean: data (--data-dir) holds none of the catalogue's databases\n");
+}
+
+TEST(RunText, SendsNoControlCharacterToATerminal) {
+  RunReport report = test::SampleReport();
+  report.databases[0].problem = test::SampleProblem(Kind::kUnfit, "a \x1b[2J table", 23);
+  EXPECT_THAT(RunText(report, false), Not(HasSubstr("\x1b")));
 }
 
 TEST(RunText, IsColouredOnlyWhenAskedTo) {

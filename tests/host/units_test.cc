@@ -32,15 +32,38 @@ TEST(HumanBytes, NeverRoundsUpToAThousand) {
 }
 
 TEST(Printable, SendsNoControlCharacterToATerminal) {
-  EXPECT_EQ(Printable("table \x1b[2J\r\n\x7f"), "table ?[2J???");
-  EXPECT_EQ(Printable("\xc2\x9b"
+  EXPECT_EQ(Printable("table \x1b[2J\r\n\t\x7f"), R"(table \x1b[2J\x0d\n\t\x7f)");
+  EXPECT_EQ(Printable(std::string_view("a\0b", 3)), R"(a\x00b)");
+  EXPECT_EQ(Printable("\xc2\x85\xc2\x9b"
                       "2J"),
-            "??2J");
+            R"(\u0085\u009b2J)");
+}
+
+TEST(Printable, LetsNoTextTurnTheDirectionOfReadingOrBreakTheLine) {
+  EXPECT_EQ(Printable("a\u202etxt.\u2066b\u2069"), R"(a\u202etxt.\u2066b\u2069)");
+  EXPECT_EQ(Printable("\u061c\u200e\u200f\u202a\u2028\u2029"), R"(\u061c\u200e\u200f\u202a\u2028\u2029)");
+}
+
+TEST(Printable, ShowsBytesThatAreNoUtf8) {
+  EXPECT_EQ(Printable("caf\xe9"), R"(caf\xe9)");
+  EXPECT_EQ(Printable("cut \xe6\x97"), R"(cut \xe6\x97)");
+  EXPECT_EQ(Printable("\xc1\xbf \xe0\x80\x9b \xf0\x80\x80\x9b"), R"(\xc1\xbf \xe0\x80\x9b \xf0\x80\x80\x9b)");
+  EXPECT_EQ(Printable("\xed\xa0\x80 \xf4\x90\x80\x80 \xf5"), R"(\xed\xa0\x80 \xf4\x90\x80\x80 \xf5)");
+  EXPECT_EQ(Printable("\x9b"
+                      "2J\xe9\x1b"),
+            R"(\x9b2J\xe9\x1b)");
+}
+
+TEST(Printable, MayBeAppliedTwice) {
+  const std::string once = Printable("C:\\new\n\x1b\xff");
+  EXPECT_EQ(once, R"(C:\new\n\x1b\xff)");
+  EXPECT_EQ(Printable(once), once);
 }
 
 TEST(Printable, KeepsEveryOtherCharacter) {
   EXPECT_EQ(Printable(""), "");
   EXPECT_EQ(Printable("Gerät Ж 日本 \xc2\xa0"), "Gerät Ж 日本 \xc2\xa0");
+  EXPECT_EQ(Printable("\u07ff\u0800\ud7ff\uffff\U00010000\U0010ffff"), "\u07ff\u0800\ud7ff\uffff\U00010000\U0010ffff");
 }
 
 TEST(Counted, TellsOneFromMany) {

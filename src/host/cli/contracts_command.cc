@@ -4,6 +4,7 @@
 #include "host/facts/catalogue_view.h"
 #include "host/platform/platform.h"
 #include "host/show/json_text.h"
+#include "host/show/standard_output.h"
 #include "host/show/text_table.h"
 #include "host/show/units.h"
 
@@ -33,7 +34,8 @@ std::string CatalogueJson(const CatalogueView& catalogue) {
 std::string Limit(std::uint32_t value) { return value == 0 ? "none" : WithSeparators(value); }
 
 std::string CatalogueText(const CatalogueView& catalogue, bool colour) {
-  std::vector<TableLine> lines = {{{"DATABASE", "CONTRACT", "TABLE", "MAX ROWS", "DAYS", "MAX MB"}, Tone::kStrong}};
+  std::vector<TableLine> lines = {
+      {{"DATABASE", "CONTRACT", "TABLE", "MAX ROWS", "MAX DAYS", "DATABASE MAX MB"}, Tone::kStrong}};
   for (const ContractView& contract : catalogue.contracts) {
     lines.push_back({{contract.database, contract.name, contract.table, Limit(contract.max_rows),
                       Limit(contract.retention_days), Limit(contract.max_size_mb)}});
@@ -42,7 +44,8 @@ std::string CatalogueText(const CatalogueView& catalogue, bool colour) {
                                          Align::kRight, Align::kRight, Align::kRight};
   return FormatTable(lines, alignments, colour) +
          fmt::format(
-             "\n{} in {}. Rows are kept for DAYS and up to MAX ROWS a table; MAX MB bounds the whole database.\n",
+             "\n{} in {}. Rows are kept for MAX DAYS and up to MAX ROWS a table; DATABASE MAX MB bounds the whole "
+             "file.\n",
              Counted(static_cast<std::int64_t>(catalogue.contracts.size()), "table"),
              Counted(static_cast<std::int64_t>(catalogue.databases.size()), "database"));
 }
@@ -51,7 +54,7 @@ std::string CatalogueText(const CatalogueView& catalogue, bool colour) {
 
 ExitCode ContractsCommand(bool json) {
   const CatalogueView catalogue = ReadCatalogue();
-  fmt::print("{}", json ? CatalogueJson(catalogue) : CatalogueText(catalogue, UsesColour(stdout)));
+  Print(json ? CatalogueJson(catalogue) : CatalogueText(catalogue, UsesColour(stdout)));
   return kDone;
 }
 

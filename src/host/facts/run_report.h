@@ -12,44 +12,87 @@ namespace corvo::telemetry::host {
 
 // What a run found and did, in plain values: `pass` fills them in, `show` makes texts and documents of them.
 
-struct TableCount {
+/// Rows that a run deleted from a table, by the rule that named them.
+struct Deleted {
+  std::int64_t expired = 0;
+  std::int64_t row_limit = 0;
+  std::int64_t size_limit = 0;
+
+  [[nodiscard]] std::int64_t Sum() const { return expired + row_limit + size_limit; }
+  void Add(const Deleted& other);
+};
+
+/// Why a database was not cleaned.
+struct Problem {
+  enum class Kind {
+    kCannotOpen,   ///< it is no ordinary file, or this user may not read and write it
+    kBusy,         ///< another program holds it locked
+    kUnfit,        ///< its content is nothing that the rules could work on: damage, or a schema that they would misread
+    kNoRoom,       ///< there is no room to compact it
+    kFailed,       ///< a statement of the pass failed
+    kNotReached,   ///< the pass ended before it
+    kInterrupted,  ///< the user asked for the end of the run
+  };
+
+  Kind kind;
+  std::string reason;    ///< in a few words, without the name of the database
+  common::Error record;  ///< what the storage library said; success when the host found it itself
+};
+
+struct TableReport {
   std::string table;
-  std::optional<std::int64_t> rows;  ///< none when the table is missing or cannot be read
-  std::string problem;               ///< why it cannot be read; empty for a missing table
+  bool missing = false;  ///< there is no such table before the run, which is nothing wrong
+  std::optional<std::int64_t> rows_before = {};
+  std::optional<std::int64_t> rows_after = {};
+  Deleted deleted = {};
+  std::string problem = {};  ///< what the rules would misread in it, or why it cannot be counted
+
+  /// Rows that others wrote during the run, less those that others deleted; none when a count is missing.
+  [[nodiscard]] std::optional<std::int64_t> AddedByOthers() const;
+
+  /// Whether the run deleted more than half of the rows that it found.
+  [[nodiscard]] bool LostMost() const;
 };
 
 /// One database file that exists.
-struct DatabaseCount {
+struct DatabaseReport {
   std::string name;  ///< as the option spells it
   std::filesystem::path path;
-  std::int64_t bytes;  ///< the file with its write-ahead log
-  std::vector<TableCount> tables;
+  std::int64_t bytes_before = 0;  ///< of the file with its write-ahead log
+  std::int64_t bytes_after = 0;
+  std::vector<TableReport> tables;
+  std::optional<Problem> problem = {};  ///< none when it was cleaned
+
+  [[nodiscard]] Deleted DeletedRows() const;
+};
+
+/// A statement of a pass that failed, a missing table aside.
+struct FailedStatement {
+  std::string database;  ///< path
+  std::string sql;
+  common::Error result;
 };
 
 struct PassOutcome {
   common::Error result;  ///< the record that the module gave, or one made here when it gave none
-  std::int64_t rows_deleted;
-  double seconds;
-  std::string failed_database;  ///< path; empty when no statement failed
+  std::int64_t rows_deleted = 0;
+  double seconds = 0;
+  std::string database = {};                    ///< the one that the pass was for; empty when it was for all
+  std::optional<FailedStatement> failure = {};  ///< the last one
 };
 
-/// What a run did. `before` and `after` were taken with the same catalogue; a file may come or go in between.
+/// What a run did.
 struct RunReport {
-  std::vector<DatabaseCount> before;
-  std::vector<DatabaseCount> after;
-  std::vector<PassOutcome> passes;  ///< at least one
+  std::filesystem::path directory;
+  std::string directory_source;  ///< where the name of the directory comes from, for people
+  std::vector<DatabaseReport> databases;
+  std::vector<PassOutcome> passes;  ///< none when there was nothing that a pass could be run on
+  int signal = 0;                   ///< by which the user ended the run early; 0 when it ended by itself
 
-  [[nodiscard]] const common::Error& Result() const { return passes.back().result; }
+  /// The first failure of a pass, else the first reason why a database was not cleaned, else success.
+  [[nodiscard]] common::Error Result() const;
   [[nodiscard]] double Seconds() const;
+  [[nodiscard]] std::size_t Cleaned() const;
 };
-
-/// One database with its counts before and after the run; no `after` when the file is gone.
-struct DatabaseChange {
-  const DatabaseCount* before;
-  const DatabaseCount* after;
-};
-
-/// Pairs the counts of a database by its name, in the order of `before`.
-[[nodiscard]] std::vector<DatabaseChange> Changes(const RunReport& report);
 
 }  // namespace corvo::telemetry::host

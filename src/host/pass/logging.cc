@@ -6,7 +6,9 @@
 #include <plog/Formatters/TxtFormatter.h>
 
 #include <algorithm>
+#include <array>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -22,6 +24,24 @@ constexpr std::size_t kLogFileBytes = 5'000'000;
 constexpr int kLogFiles = 3;
 
 using Text = plog::util::nstring;
+
+struct Level {
+  const char* name;
+  plog::Severity severity;
+  bool spares;  ///< leaves out the failures that every pass forgives
+};
+
+constexpr std::array kLevels = {Level{"none", plog::none, false},       Level{"fatal", plog::fatal, false},
+                                Level{"brief", plog::error, true},      Level{"error", plog::error, false},
+                                Level{"warning", plog::warning, false}, Level{"info", plog::info, false},
+                                Level{"debug", plog::debug, false},     Level{"verbose", plog::verbose, false}};
+
+/// UTF-8 as the formatter made it. plog's own converter begins every file with a byte-order mark, which tools that read
+/// line by line take for a part of the first line.
+class PlainUtf8Converter : public plog::UTF8Converter {
+ public:
+  static std::string header(const Text& text) { return convert(text); }
+};
 
 /// Severity and text: what a person at the terminal needs.
 class ShortFormatter {
@@ -49,10 +69,10 @@ class StandardErrorAppender : public plog::ConsoleAppender<ShortFormatter> {
 /// What the logger, which keeps its appenders for good, is given once: passes records on to where the log goes now.
 class Outlet : public plog::IAppender {
  public:
-  void Connect(std::unique_ptr<plog::IAppender> target, bool quiet) {
+  void Connect(std::unique_ptr<plog::IAppender> target, bool spares) {
     const std::lock_guard lock(mutex_);
     target_ = std::move(target);
-    quiet_ = quiet;
+    spares_ = spares;
     spared_.clear();
   }
 
@@ -63,7 +83,7 @@ class Outlet : public plog::IAppender {
 
   void write(const plog::Record& record) override {
     const std::lock_guard lock(mutex_);
-    if (target_ != nullptr && !(quiet_ && IsSpared(record.getMessage()))) {
+    if (target_ != nullptr && !(spares_ && IsSpared(record.getMessage()))) {
       target_->write(record);
     }
   }
@@ -77,7 +97,7 @@ class Outlet : public plog::IAppender {
 
   std::mutex mutex_;
   std::unique_ptr<plog::IAppender> target_;
-  bool quiet_ = false;
+  bool spares_ = false;
   std::set<Text> spared_;
 };
 
@@ -91,9 +111,19 @@ common::Logger& TheLogger() {
   return logger;
 }
 
-plog::Severity ParseLevel(const std::string& level) {
-  const auto found = std::find(LogLevels().begin(), LogLevels().end(), level.empty() ? kDefaultLogLevel : level);
-  return static_cast<plog::Severity>(found - LogLevels().begin());
+const Level& FindLevel(const std::string& name) {
+  const auto* const found =
+      std::find_if(kLevels.begin(), kLevels.end(), [&name](const Level& level) { return level.name == name; });
+  if (found == kLevels.end()) {
+    throw CommandFailure(kUsage, fmt::format("--log-level: there is no level {}", name));
+  }
+  return *found;
+}
+
+// A person wants to read only of what went wrong; a file is read when somebody looks for a reason.
+const Level& ChosenLevel(const std::string& name, const std::string& file) {
+  const char* fallback = file.empty() ? kDefaultLogLevel : kDefaultLogFileLevel;
+  return FindLevel(name.empty() ? fallback : name);
 }
 
 std::unique_ptr<plog::IAppender> FileAppender(const std::string& file) {
@@ -102,23 +132,26 @@ std::unique_ptr<plog::IAppender> FileAppender(const std::string& file) {
     throw CommandFailure(kUsage,
                          fmt::format("--log-file: cannot write {}; name a file in a directory that exists", file));
   }
-  return std::make_unique<plog::RollingFileAppender<plog::TxtFormatter>>(file.c_str(), kLogFileBytes, kLogFiles);
+  using Appender = plog::RollingFileAppender<plog::TxtFormatter, plog::NativeEOLConverter<PlainUtf8Converter>>;
+  return std::make_unique<Appender>(file.c_str(), kLogFileBytes, kLogFiles);
 }
 
 }  // namespace
 
 const std::vector<std::string>& LogLevels() {
-  static const std::vector<std::string> levels = {"none", "fatal", "error", "warning", "info", "debug", "verbose"};
-  return levels;
+  static const std::vector<std::string> names = [] {
+    std::vector<std::string> all;
+    std::transform(kLevels.begin(), kLevels.end(), std::back_inserter(all),
+                   [](const Level& level) { return level.name; });
+    return all;
+  }();
+  return names;
 }
 
 LogScope::LogScope(const std::string& level, const std::string& file) : former_(TheLogger().getMaxSeverity()) {
-  if (file.empty()) {
-    TheOutlet().Connect(std::make_unique<StandardErrorAppender>(), level.empty());
-  } else {
-    TheOutlet().Connect(FileAppender(file), false);
-  }
-  TheLogger().setMaxSeverity(ParseLevel(level));
+  const Level& chosen = ChosenLevel(level, file);
+  TheOutlet().Connect(file.empty() ? std::make_unique<StandardErrorAppender>() : FileAppender(file), chosen.spares);
+  TheLogger().setMaxSeverity(chosen.severity);
 }
 
 LogScope::~LogScope() {

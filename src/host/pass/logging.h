@@ -9,17 +9,19 @@
 
 namespace corvo::telemetry::host {
 
-/// The names of the log levels, from nothing to everything.
+/// The names of the log levels, from nothing to everything. `brief` holds the records of errors, without those named
+/// with `SpareInLog`.
 [[nodiscard]] const std::vector<std::string>& LogLevels();
 
-inline constexpr const char* kDefaultLogLevel = "error";
+inline constexpr const char* kDefaultLogLevel = "brief";
+inline constexpr const char* kDefaultLogFileLevel = "error";
 
 /// Where the process's log goes for as long as the object lives; before and after, the host writes none. One at a time.
 class LogScope {
  public:
   /// Records up to `level` go to `file`, or to standard error when it is empty.
   ///
-  /// @param level empty for the default level; standard error is then spared the records of `SpareInLog`.
+  /// @param level one of `LogLevels`; empty for the default of standard error or of a file.
   /// @throws CommandFailure (`kUsage`) when the file cannot be written.
   LogScope(const std::string& level, const std::string& file);
   LogScope(const LogScope&) = delete;

@@ -45,26 +45,20 @@ common::Error Execute(shared::plugin::IDynamicPluginModule& module) {
   return ReadResult(output);
 }
 
-PassOutcome RunPass(shared::plugin::IDynamicPluginModule& module, bool show_progress) {
-  const auto watcher = std::make_shared<PassWatcher>(show_progress);
-  const shared::StatementObserverScope scope(watcher);
-  const auto start = std::chrono::steady_clock::now();
-  const common::Error result = Execute(module);
-  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-  return {result, watcher->RowsDeleted(), seconds.count(), watcher->FailedDatabase()};
-}
-
 }  // namespace
 
-std::vector<PassOutcome> RunPasses(shared::plugin::IDynamicPluginModule& module, int passes, bool show_progress) {
-  std::vector<PassOutcome> outcomes;
-  for (int pass = 0; pass < passes; ++pass) {
-    outcomes.push_back(RunPass(module, show_progress));
-    if (outcomes.back().result.Failed()) {
-      break;
-    }
-  }
-  return outcomes;
+PassResult RunPass(shared::plugin::IDynamicPluginModule& module, std::size_t databases) {
+  const auto watcher = std::make_shared<PassWatcher>(databases);
+  const shared::StatementObserverScope scope(watcher);
+  const auto start = std::chrono::steady_clock::now();
+  PassResult result;
+  result.outcome.result = Execute(module);
+  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+  result.outcome.seconds = seconds.count();
+  result.outcome.rows_deleted = watcher->RowsDeleted();
+  result.outcome.failure = watcher->LastFailure();
+  result.visits = watcher->Visits();
+  return result;
 }
 
 }  // namespace corvo::telemetry::host

@@ -1,16 +1,24 @@
 #pragma once
 
-#include <vector>
+#include <cstddef>
+#include <map>
+#include <string>
 
 #include "framework/plugin_module.h"
 #include "host/facts/run_report.h"
+#include "host/pass/pass_watcher.h"
 
 namespace corvo::telemetry::host {
 
-/// Runs passes of the module one after the other, up to the first that fails.
+/// How a pass ended, and what its statements did.
+struct PassResult {
+  PassOutcome outcome;
+  std::map<std::string, Visit> visits;  ///< by file name
+};
+
+/// Runs one pass of the module over the databases that the storage library lets it open.
 ///
-/// @param show_progress whether a person watches standard error.
-[[nodiscard]] std::vector<PassOutcome> RunPasses(shared::plugin::IDynamicPluginModule& module, int passes,
-                                                 bool show_progress);
+/// @param databases how many these are, for the progress; 0 shows none.
+[[nodiscard]] PassResult RunPass(shared::plugin::IDynamicPluginModule& module, std::size_t databases);
 
 }  // namespace corvo::telemetry::host

@@ -2,41 +2,116 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <filesystem>
 
+#include "common/log.h"
 #include "common/text.h"
 #include "host/pass/logging.h"
-#include "host/show/standard_error.h"
-#include "host/show/units.h"
+#include "host/pass/statement_kind.h"
+#include "host/show/progress.h"
 #include "storage/result_code.h"
+#include "storage/telemetry_storage.h"
 
 namespace corvo::telemetry::host {
+namespace {
 
-PassWatcher::~PassWatcher() { ClearProgress(); }
+using Step = StatementKind::Step;
 
-void PassWatcher::OnStart(const shared::StatementRecord& statement) noexcept {
-  if (!show_) {
-    return;
-  }
-  try {
-    const std::string file = common::Utf8(std::filesystem::path(statement.database_path).stem());
-    ShowProgress(fmt::format("{}: {} deleted, now {}", file, Counted(rows_deleted_, "row"), statement.sql));
-  } catch (...) {
-    show_ = false;  // Progress is a courtesy: the pass goes on without it.
+std::string FileName(const shared::StatementRecord& statement) {
+  return common::Utf8(std::filesystem::path(statement.database_path).filename());
+}
+
+std::string DatabaseName(const shared::StatementRecord& statement) {
+  return common::Utf8(std::filesystem::path(statement.database_path).stem());
+}
+
+void Log(const shared::StatementRecord& statement) {
+  const std::chrono::duration<double> seconds = statement.end - statement.start;
+  CORVO_LOG(plog::debug, "Statement") << fmt::format(
+      "{}: {} -> {} in {:.3f} s", DatabaseName(statement), statement.sql,
+      statement.result.Failed() ? statement.result.what : fmt::format("{} rows changed", statement.rows_changed),
+      seconds.count());
+}
+
+void AddTo(Visit& visit, const StatementKind& kind, std::int64_t rows) {
+  Deleted& deleted = visit.tables[kind.table];
+  if (kind.step == Step::kExpire) {
+    deleted.expired += rows;
+  } else {
+    (visit.measured ? deleted.size_limit : deleted.row_limit) += rows;
   }
 }
 
-void PassWatcher::OnEnd(const shared::StatementRecord& statement) noexcept {
-  rows_deleted_ += statement.rows_changed;
+}  // namespace
+
+PassWatcher::~PassWatcher() { EndProgress(); }
+
+void PassWatcher::OnStart(const shared::StatementRecord& statement) noexcept {
   try {
-    if (shared::IsMissingTable(statement.result)) {
-      SpareInLog(statement.result);
-    } else if (statement.result.Failed()) {
-      failed_database_ = statement.database_path;
-    }
+    Show(statement);
   } catch (...) {
-    failed_database_.clear();  // Better no name than one cut short by a lack of memory.
+    EndProgress();  // Progress is a courtesy: the pass goes on without it.
   }
+}
+
+void PassWatcher::Show(const shared::StatementRecord& statement) {
+  if (databases_ == 0) {
+    return;
+  }
+  const StatementKind kind = KindOf(statement.sql);
+  const std::lock_guard lock(mutex_);
+  const auto done =
+      std::count_if(visits_.begin(), visits_.end(), [](const auto& each) { return each.second.compacted; });
+  ShowProgress({.database = DatabaseName(statement),
+                .step = std::string(NameOf(kind.step)) + (kind.table.empty() ? "" : " " + kind.table),
+                .share_done = static_cast<double>(done) / static_cast<double>(databases_)});
+}
+
+void PassWatcher::OnEnd(const shared::StatementRecord& statement) noexcept {
+  try {
+    Note(statement);
+    Log(statement);
+  } catch (...) {
+    // No memory for the record of a statement: what is not known to be compacted does not count as cleaned.
+    const std::lock_guard lock(mutex_);
+    visits_.clear();
+  }
+}
+
+void PassWatcher::Note(const shared::StatementRecord& statement) {
+  const StatementKind kind = KindOf(statement.sql);
+  const std::lock_guard lock(mutex_);
+  Visit& visit = visits_[FileName(statement)];
+  if (shared::IsMissingTable(statement.result)) {
+    SpareInLog(statement.result);
+  } else if (statement.result.Failed()) {
+    if (shared::IsInterrupted(statement.result) && shared::StatementsInterrupted()) {
+      SpareInLog(statement.result);
+    }
+    visit.failure = FailedStatement{statement.database_path, statement.sql, statement.result};
+    last_failure_ = visit.failure;
+  } else if (kind.step == Step::kExpire || kind.step == Step::kTrim) {
+    AddTo(visit, kind, statement.rows_changed);
+    rows_deleted_ += statement.rows_changed;
+  }
+  visit.measured = visit.measured || kind.step == Step::kMeasure;
+  visit.compacted = visit.compacted || (kind.step == Step::kCompact && !statement.result.Failed());
+}
+
+std::map<std::string, Visit> PassWatcher::Visits() const {
+  const std::lock_guard lock(mutex_);
+  return visits_;
+}
+
+std::optional<FailedStatement> PassWatcher::LastFailure() const {
+  const std::lock_guard lock(mutex_);
+  return last_failure_;
+}
+
+std::int64_t PassWatcher::RowsDeleted() const {
+  const std::lock_guard lock(mutex_);
+  return rows_deleted_;
 }
 
 }  // namespace corvo::telemetry::host

@@ -1,18 +1,32 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
 #include <string>
 
+#include "host/facts/run_report.h"
 #include "storage/statement_observer.h"
 
 namespace corvo::telemetry::host {
 
-/// Watches the statements of a pass: counts deleted rows, remembers which database failed, and on a terminal shows the
-/// running statement in one line of standard error. Missing tables are spared in the log (`SpareInLog`).
+/// What the statements of a pass did to one database.
+struct Visit {
+  std::map<std::string, Deleted> tables;   ///< by the name in the statement
+  std::optional<FailedStatement> failure;  ///< the last one, a missing table aside
+  bool measured = false;                   ///< its size was asked for: trimming is for the size limit from then on
+  bool compacted = false;                  ///< the last thing that a pass does to a database
+};
+
+/// Watches the statements of a pass: what each of them deleted and by which rule, from its own count, which database
+/// failed, and which was visited to the end. Logs each statement at the level of debugging, and shows on a terminal
+/// which one runs. Missing tables, and what the user
+/// interrupted, are spared in the log (`SpareInLog`).
 class PassWatcher : public shared::StatementObserver {
  public:
-  explicit PassWatcher(bool show) : show_(show) {}
+  /// @param databases how many databases the pass is for, for the share done that is shown; 0 shows nothing.
+  explicit PassWatcher(std::size_t databases) : databases_(databases) {}
   ~PassWatcher() override;
   PassWatcher(const PassWatcher&) = delete;
   PassWatcher& operator=(const PassWatcher&) = delete;
@@ -20,15 +34,23 @@ class PassWatcher : public shared::StatementObserver {
   void OnStart(const shared::StatementRecord& statement) noexcept override;
   void OnEnd(const shared::StatementRecord& statement) noexcept override;
 
-  [[nodiscard]] std::int64_t RowsDeleted() const { return rows_deleted_; }
+  /// By file name: what was watched until now.
+  [[nodiscard]] std::map<std::string, Visit> Visits() const;
 
-  /// Path of the database whose statement failed last; empty when none did. A missing table is no failure.
-  [[nodiscard]] std::string FailedDatabase() const { return failed_database_; }
+  /// The statement that failed last, a missing table aside.
+  [[nodiscard]] std::optional<FailedStatement> LastFailure() const;
+
+  [[nodiscard]] std::int64_t RowsDeleted() const;
 
  private:
-  bool show_;
-  std::atomic<std::int64_t> rows_deleted_ = 0;
-  std::string failed_database_;
+  void Note(const shared::StatementRecord& statement);
+  void Show(const shared::StatementRecord& statement);
+
+  const std::size_t databases_;
+  mutable std::mutex mutex_;
+  std::map<std::string, Visit> visits_;
+  std::optional<FailedStatement> last_failure_;
+  std::int64_t rows_deleted_ = 0;
 };
 
 }  // namespace corvo::telemetry::host

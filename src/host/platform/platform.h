@@ -9,11 +9,22 @@ namespace corvo::telemetry::host {
 /// The directory of the running program's file, symbolic links resolved.
 [[nodiscard]] std::filesystem::path ProgramDirectory();
 
-/// Makes the standard streams carry UTF-8 and lines that end with a single line feed.
-void PrepareStandardStreams();
+/// The directory in which SQLite puts its temporary files, compaction's among them; empty when it would find none.
+/// Follows SQLite's own order (https://www.sqlite.org/tempfiles.html), not that of the standard library.
+[[nodiscard]] std::filesystem::path SqliteTemporaryDirectory();
+
+/// Makes the process fit to write databases. Called first of all, while it has one thread:
+/// - standard streams that are closed stay useless, but keep their numbers, so that no database gets one of them and
+///   with it every message; writing to one fails, as on a full disk;
+/// - a reader that went away and a limit on file sizes are errors of the write, not the end of the process;
+/// - the streams carry UTF-8 and lines that end with a single line feed.
+void PrepareProcess();
 
 /// Whether a person watches the stream.
 [[nodiscard]] bool IsTerminal(std::FILE* stream);
+
+/// Columns of the terminal now, as a person may have resized it; 80 when it does not tell or the stream is none.
+[[nodiscard]] int TerminalWidth(std::FILE* stream);
 
 /// Whether output to the stream may be coloured: a terminal that can, and the environment variable NO_COLOR not set.
 [[nodiscard]] bool UsesColour(std::FILE* stream);

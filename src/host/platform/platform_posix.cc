@@ -1,3 +1,7 @@
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -8,12 +12,53 @@
 #include "host/platform/platform.h"
 
 namespace corvo::telemetry::host {
+namespace {
+
+constexpr int kUsualWidth = 80;
+
+bool TakesTemporaryFiles(const char* directory) {
+  struct stat status {};
+  return directory != nullptr && stat(directory, &status) == 0 && S_ISDIR(status.st_mode) &&
+         access(directory, W_OK | X_OK) == 0;
+}
+
+// The lowest free number is what open() gives, so that going up from 0 fills each hole with its own. Open for reading:
+// a stream that swallowed its output would make a lost report look like a written one.
+void FillClosedStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0 && open("/", O_RDONLY | O_DIRECTORY) < 0) {
+      std::abort();  // Without a place for messages the first database would become it.
+    }
+  }
+}
+
+}  // namespace
 
 std::filesystem::path ProgramDirectory() { return std::filesystem::read_symlink("/proc/self/exe").parent_path(); }
 
-void PrepareStandardStreams() {}
+std::filesystem::path SqliteTemporaryDirectory() {
+  const char* const own = std::getenv("SQLITE_TMPDIR");
+  const char* const common = std::getenv("TMPDIR");
+  for (const char* directory : {own, common, "/var/tmp", "/usr/tmp", "/tmp", "."}) {
+    if (TakesTemporaryFiles(directory)) {
+      return directory;
+    }
+  }
+  return {};
+}
+
+void PrepareProcess() {
+  FillClosedStreams();
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+}
 
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
+
+int TerminalWidth(std::FILE* stream) {
+  winsize size{};
+  return ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
+}
 
 bool UsesColour(std::FILE* stream) {
   const char* no_colour = std::getenv("NO_COLOR");

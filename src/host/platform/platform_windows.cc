@@ -8,6 +8,13 @@
 #include "host/platform/platform.h"
 
 namespace corvo::telemetry::host {
+namespace {
+
+constexpr int kUsualWidth = 80;
+
+HANDLE HandleOf(std::FILE* stream) { return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))); }
+
+}  // namespace
 
 std::filesystem::path ProgramDirectory() {
   std::array<wchar_t, 32768> path{};
@@ -15,7 +22,17 @@ std::filesystem::path ProgramDirectory() {
   return std::filesystem::path(path.data(), path.data() + length).parent_path();
 }
 
-void PrepareStandardStreams() {
+std::filesystem::path SqliteTemporaryDirectory() {
+  std::array<wchar_t, MAX_PATH + 2> path{};
+  const DWORD length = GetTempPathW(static_cast<DWORD>(path.size()), path.data());
+  const std::filesystem::path directory(path.data(), path.data() + (length < path.size() ? length : 0));
+  std::error_code ignored;
+  return std::filesystem::is_directory(directory, ignored) ? directory : std::filesystem::path();
+}
+
+// A stream without a handle needs nothing: the runtime library keeps its number and refuses writes to it, and databases
+// have handles, not numbers.
+void PrepareProcess() {
   for (std::FILE* stream : {stdout, stderr}) {
     _setmode(_fileno(stream), _O_BINARY);
   }
@@ -24,10 +41,17 @@ void PrepareStandardStreams() {
 
 bool IsTerminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
 
+int TerminalWidth(std::FILE* stream) {
+  CONSOLE_SCREEN_BUFFER_INFO console{};
+  return GetConsoleScreenBufferInfo(HandleOf(stream), &console) != 0
+             ? console.srWindow.Right - console.srWindow.Left + 1
+             : kUsualWidth;
+}
+
 bool UsesColour(std::FILE* stream) {
   const char* no_colour = std::getenv("NO_COLOR");
   DWORD mode = 0;
-  const auto console = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+  const HANDLE console = HandleOf(stream);
   return (no_colour == nullptr || *no_colour == '\0') && GetConsoleMode(console, &mode) != 0 &&
          SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }

@@ -21,6 +21,7 @@ using Value = std::variant<std::int64_t, double, std::string>;
 /// Writes one new database file, in one transaction.
 class DatabaseWriter {
  public:
+  /// @param file absolute: of a relative name, SQLite may take the beginning "file:" for that of a URI.
   /// @throws std::runtime_error, as every operation does, with SQLite's message.
   explicit DatabaseWriter(const std::filesystem::path& file);
   DatabaseWriter(const DatabaseWriter&) = delete;

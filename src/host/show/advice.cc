@@ -38,8 +38,9 @@ const std::array<Kind, 10>& Kinds() {
        "A statement needed more memory than --memory-limit or the machine allows and was rolled back: allow more MB\n"
        "(0: any number) if you trust the file."},
       {shared::IsTooBig,
-       "The file holds a row or an index entry that is larger than any collector makes it; nothing of it was changed.\n"
-       "See the log (--log-level info) for the statement that met it."},
+       "The file holds a row, an index entry or a text of its schema that is larger than this program works on; it "
+       "stays as\n"
+       "it is. Find out who wrote it (--log-level debug shows the statement that met it)."},
   }};
   return kinds;
 }
@@ -59,6 +60,27 @@ std::string Advice(const common::Error& failure) {
     }
   }
   return OtherAdvice(failure);
+}
+
+std::string Advice(const Problem& problem) {
+  switch (problem.kind) {
+    case Problem::Kind::kNoRoom:
+      return "Free some space there, or name another place for SQLite's temporary files (environment variable "
+             "SQLITE_TMPDIR).";
+    case Problem::Kind::kCannotOpen:
+      return problem.record.Failed() ? Advice(problem.record)
+                                     : "Check that this user may read and write the file and its directory.";
+    case Problem::Kind::kNotReached:
+    case Problem::Kind::kInterrupted:
+      return "";
+    default:
+      break;
+  }
+  if (problem.record.Failed()) {
+    return Advice(problem.record);
+  }
+  return "The table is none that a pass can work on; the database stays as it is. Let its collector make the table "
+         "anew.";
 }
 
 }  // namespace corvo::telemetry::host

@@ -2,11 +2,14 @@
 
 #include <string>
 
-#include "common/error.h"
+#include "host/facts/run_report.h"
 
 namespace corvo::telemetry::host {
 
-/// What a person can do about a failed pass, as a sentence; empty when there is nothing better than the log.
+/// What a person can do about a failure, in sentences.
 [[nodiscard]] std::string Advice(const common::Error& failure);
+
+/// What a person can do about a database that was not cleaned; empty when there is nothing to do but to run again.
+[[nodiscard]] std::string Advice(const Problem& problem);
 
 }  // namespace corvo::telemetry::host

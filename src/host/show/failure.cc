@@ -1,11 +1,8 @@
 #include "host/show/failure.h"
 
-#include <fmt/core.h>
-
-#include <cstdio>
-
 #include "host/show/run_json.h"
 #include "host/show/standard_error.h"
+#include "host/show/standard_output.h"
 
 namespace corvo::telemetry::host {
 
@@ -21,7 +18,7 @@ common::Error CommandFailure::Record() const {
 void ReportFailure(const common::Error& error, bool json) {
   Tell(error.what);
   if (json) {
-    fmt::print("{}", RunDocument(error));
+    Print(RunDocument(error));
   }
 }
 

@@ -9,12 +9,19 @@ namespace corvo::telemetry::host {
 
 /// What the program's exit code says.
 enum ExitCode : int {
-  kDone = 0,
-  kPassFailed = 1,
+  kDone = 0,        ///< all was cleaned, or there was nothing to do
+  kPassFailed = 1,  ///< something was not cleaned
   kUsage = 2,
+  kFindings = 3,  ///< for commands that only look: something was found
   kNoDataDirectory = 10,
+  kAnotherRun = 11,  ///< of the same data directory, and --wait was over
   kModuleNotLoadable = 12,
+  kInterrupted = 130,  ///< Ctrl-C: 128 and the number of the signal, as shells have it
+  kTerminated = 143,
 };
+
+/// The exit code of a program that a signal, 2 or 15, has ended early.
+[[nodiscard]] constexpr ExitCode InterruptedBy(int signal) { return signal == 2 ? kInterrupted : kTerminated; }
 
 /// A command that cannot go on: the text says what happened, where, and what to do.
 class CommandFailure : public std::runtime_error {

@@ -1,42 +1,112 @@
 #include "host/show/run_json.h"
 
 #include "common/text.h"
+#include "host/show/advice.h"
 #include "host/show/json_text.h"
 
 namespace corvo::telemetry::host {
 namespace {
 
-Json OptionalNumber(const std::optional<std::int64_t>& number) { return number ? Json(*number) : Json(nullptr); }
-
-Json TablesJson(const DatabaseChange& change) {
-  Json tables = Json::array();
-  for (std::size_t index = 0; index < change.before->tables.size(); ++index) {
-    const TableCount& before = change.before->tables[index];
-    const Json after = change.after == nullptr ? Json(nullptr) : OptionalNumber(change.after->tables[index].rows);
-    tables.push_back({{"table", before.table}, {"rows_before", OptionalNumber(before.rows)}, {"rows_after", after}});
-  }
-  return tables;
+template <class Value>
+Json OrNull(const std::optional<Value>& value) {
+  return value ? Json(*value) : Json(nullptr);
 }
 
-std::string Document(const Json& result, const Json& databases, double seconds) {
-  const Json document = {{"schema_version", 1}, {"result", result}, {"databases", databases}, {"seconds", seconds}};
-  return JsonText(document) + "\n";
+/// An empty text is none.
+Json TextOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
+
+Json DeletedJson(const Deleted& deleted) {
+  return {{"expired", deleted.expired}, {"row_limit", deleted.row_limit}, {"size_limit", deleted.size_limit}};
+}
+
+Json TableJson(const TableReport& table) {
+  return {{"table", table.table},
+          {"rows_before", OrNull(table.rows_before)},
+          {"rows_after", OrNull(table.rows_after)},
+          {"missing", table.missing},
+          {"deleted", DeletedJson(table.deleted)},
+          {"added_by_others", OrNull(table.AddedByOthers())},
+          {"problem", TextOrNull(table.problem)}};
+}
+
+const char* NameOf(Problem::Kind kind) {
+  switch (kind) {
+    case Problem::Kind::kCannotOpen:
+      return "cannot_open";
+    case Problem::Kind::kBusy:
+      return "busy";
+    case Problem::Kind::kUnfit:
+      return "unfit";
+    case Problem::Kind::kNoRoom:
+      return "no_room";
+    case Problem::Kind::kFailed:
+      return "failed";
+    case Problem::Kind::kNotReached:
+      return "not_reached";
+    case Problem::Kind::kInterrupted:
+      break;
+  }
+  return "interrupted";
+}
+
+Json ProblemJson(const std::optional<Problem>& problem) {
+  if (!problem) {
+    return nullptr;
+  }
+  return {{"kind", NameOf(problem->kind)},
+          {"reason", problem->reason},
+          {"record", problem->record.Failed() ? ErrorJson(problem->record) : Json(nullptr)},
+          {"advice", TextOrNull(Advice(*problem))}};
+}
+
+Json DatabaseJson(const DatabaseReport& database) {
+  Json tables = Json::array();
+  for (const TableReport& table : database.tables) {
+    tables.push_back(TableJson(table));
+  }
+  return {{"name", database.name},
+          {"path", common::Utf8(database.path)},
+          {"bytes_before", database.bytes_before},
+          {"bytes_after", database.bytes_after},
+          {"tables", tables},
+          {"cleaned", !database.problem},
+          {"problem", ProblemJson(database.problem)}};
+}
+
+Json PassJson(const PassOutcome& pass) {
+  return {{"database", TextOrNull(pass.database)},
+          {"result", ErrorJson(pass.result)},
+          {"rows_deleted", pass.rows_deleted},
+          {"seconds", pass.seconds},
+          {"failed_database", pass.failure ? Json(pass.failure->database) : Json(nullptr)},
+          {"failed_statement", pass.failure ? Json(pass.failure->sql) : Json(nullptr)},
+          {"advice", pass.result.Failed() ? Json(Advice(pass.result)) : Json(nullptr)}};
+}
+
+/// A run that did nothing; the other members follow in place.
+Json EmptyDocument(const common::Error& result) {
+  return {{"schema_version", 1},  {"result", ErrorJson(result)}, {"databases", Json::array()},
+          {"seconds", 0.0},       {"data_directory", nullptr},   {"cleaned", 0},
+          {"interrupted", false}, {"passes", Json::array()}};
 }
 
 }  // namespace
 
 std::string RunDocument(const RunReport& report) {
-  Json databases = Json::array();
-  for (const DatabaseChange& change : Changes(report)) {
-    databases.push_back({{"name", change.before->name},
-                         {"path", common::Utf8(change.before->path)},
-                         {"bytes_before", change.before->bytes},
-                         {"bytes_after", change.after == nullptr ? 0 : change.after->bytes},
-                         {"tables", TablesJson(change)}});
+  Json document = EmptyDocument(report.Result());
+  for (const DatabaseReport& database : report.databases) {
+    document["databases"].push_back(DatabaseJson(database));
   }
-  return Document(ErrorJson(report.Result()), databases, report.Seconds());
+  document["seconds"] = report.Seconds();
+  document["data_directory"] = {{"path", common::Utf8(report.directory)}, {"source", report.directory_source}};
+  document["cleaned"] = report.Cleaned();
+  document["interrupted"] = report.signal != 0;
+  for (const PassOutcome& pass : report.passes) {
+    document["passes"].push_back(PassJson(pass));
+  }
+  return JsonText(document) + "\n";
 }
 
-std::string RunDocument(const common::Error& error) { return Document(ErrorJson(error), Json::array(), 0); }
+std::string RunDocument(const common::Error& error) { return JsonText(EmptyDocument(error)) + "\n"; }
 
 }  // namespace corvo::telemetry::host

@@ -10,4 +10,7 @@ namespace corvo::telemetry::host {
 /// outcome last.
 [[nodiscard]] std::string RunText(const RunReport& report, bool colour);
 
+/// How the run went, in one line.
+[[nodiscard]] std::string Outcome(const RunReport& report);
+
 }  // namespace corvo::telemetry::host

@@ -39,6 +39,9 @@ std::string InTone(const std::string& text, Tone tone, bool colour) {
   if (!colour || tone == Tone::kPlain) {
     return text;
   }
+  if (tone == Tone::kWarning) {
+    return fmt::format(fmt::fg(fmt::terminal_color::yellow), "{}", text);
+  }
   return fmt::format(tone == Tone::kStrong ? fmt::emphasis::bold : fmt::emphasis::faint, "{}", text);
 }
 

@@ -6,7 +6,7 @@
 namespace corvo::telemetry::host {
 
 enum class Align { kLeft, kRight };
-enum class Tone { kPlain, kStrong, kFaint };
+enum class Tone { kPlain, kStrong, kFaint, kWarning };
 
 /// One line of a table. A line without cells is a rule across the whole width.
 struct TableLine {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace corvo::telemetry::host {
 
@@ -11,8 +12,10 @@ namespace corvo::telemetry::host {
 /// A size in decimal units, as the limits are counted: "512 B", "1.5 kB", "38.2 MB".
 [[nodiscard]] std::string HumanBytes(std::int64_t bytes);
 
-/// A text of unknown origin for a terminal: control characters, with which it could say anything there, become '?'.
-[[nodiscard]] std::string Printable(std::string text);
+/// A text of unknown origin, such as a file's name or a schema's text, for a terminal. What could move the cursor,
+/// change colours or turn the direction of reading there is written as an escape: `\x1b`, `\n`, `\u202e`. So is every
+/// byte that is no UTF-8. A backslash stays: the result is for reading, and a second call changes nothing.
+[[nodiscard]] std::string Printable(std::string_view text);
 
 /// "1 row", "12 rows".
 [[nodiscard]] std::string Counted(std::int64_t number, const std::string& noun);

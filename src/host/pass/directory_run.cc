@@ -1,0 +1,162 @@
+#include "host/pass/directory_run.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "common/text.h"
+#include "host/facts/catalogue_view.h"
+#include "host/facts/look.h"
+#include "host/pass/pass_runner.h"
+#include "host/platform/platform.h"
+#include "host/show/progress.h"
+#include "storage/result_code.h"
+#include "storage/storage_options.h"
+#include "storage/telemetry_storage.h"
+
+namespace corvo::telemetry::host {
+namespace {
+
+std::string FileName(const DatabaseReport& database) { return common::Utf8(database.path.filename()); }
+
+bool Wanted(const DirectoryRun& run, const DatabaseView& database) {
+  return run.only.empty() || std::find(run.only.begin(), run.only.end(), database.database) != run.only.end();
+}
+
+// Progress is a courtesy: the run goes on without it.
+void ShowLooking(const std::string& database) noexcept {
+  try {
+    ShowProgress({.database = database, .step = "looking"});
+  } catch (...) {
+    EndProgress();
+  }
+}
+
+/// Those that have a file, in catalogue order.
+std::vector<DatabaseReport> LookAtAll(const DirectoryRun& run, const CatalogueView& catalogue) {
+  const CompactionPlaces places{run.directory, SqliteTemporaryDirectory()};
+  std::vector<DatabaseReport> reports;
+  for (const DatabaseView& database : catalogue.databases) {
+    if (!Wanted(run, database) || !HasFile(DatabaseFile(database, run.directory))) {
+      continue;
+    }
+    if (run.show_progress) {
+      ShowLooking(database.database);
+    }
+    reports.push_back(LookAtDatabase(database, catalogue.Of(database.database), places));
+  }
+  EndProgress();
+  return reports;
+}
+
+constexpr const char* kNotReached = "not reached before the interruption";
+
+/// Runs passes and keeps what they did in the reports of the databases.
+class Passes {
+ public:
+  Passes(shared::plugin::IDynamicPluginModule& module, const DirectoryRun& run, RunReport& report)
+      : module_(module), run_(run), report_(report) {}
+
+  void RunAll() {
+    for (int pass = 0; pass < run_.passes && !stopped_; ++pass) {
+      run_.keep_going ? RunOneByOne() : RunTogether();
+    }
+  }
+
+ private:
+  using Databases = std::vector<DatabaseReport*>;
+
+  [[nodiscard]] Databases Cleanable() const {
+    Databases databases;
+    for (DatabaseReport& database : report_.databases) {
+      if (!database.problem) {
+        databases.push_back(&database);
+      }
+    }
+    return databases;
+  }
+
+  void RunTogether() { RunOver(Cleanable(), ""); }
+
+  void RunOneByOne() {
+    for (DatabaseReport* database : Cleanable()) {
+      if (shared::StatementsInterrupted()) {
+        database->problem = Problem{Problem::Kind::kInterrupted, kNotReached, {}};
+      } else {
+        RunOver({database}, database->name);
+      }
+    }
+  }
+
+  void RunOver(const Databases& databases, const std::string& name) {
+    if (databases.empty()) {
+      return;
+    }
+    shared::StorageOptions options = shared::GetStorageOptions();
+    options.databases.emplace();
+    for (const DatabaseReport* database : databases) {
+      options.databases->insert(FileName(*database));
+    }
+    const shared::StorageOptionsScope narrowed(options);
+    PassResult result = RunPass(module_, run_.show_progress ? databases.size() : 0);
+    result.outcome.database = name;
+    for (DatabaseReport* database : databases) {
+      Keep(result, *database);
+    }
+    stopped_ = stopped_ || (result.outcome.result.Failed() && !run_.keep_going) || shared::StatementsInterrupted();
+    report_.passes.push_back(std::move(result.outcome));
+  }
+
+  static void Keep(const PassResult& result, DatabaseReport& database) {
+    const auto found = result.visits.find(FileName(database));
+    const Visit visit = found == result.visits.end() ? Visit() : found->second;
+    for (TableReport& table : database.tables) {
+      if (const auto deleted = visit.tables.find(table.table); deleted != visit.tables.end()) {
+        table.deleted.Add(deleted->second);
+      }
+    }
+    if (!visit.compacted || visit.failure) {
+      database.problem = WhyNotCleaned(result.outcome, visit);
+    }
+  }
+
+  static Problem WhyNotCleaned(const PassOutcome& pass, const Visit& visit) {
+    using Kind = Problem::Kind;
+    const common::Error& record = visit.failure ? visit.failure->result : pass.result;
+    if (shared::IsInterrupted(record) && shared::StatementsInterrupted()) {
+      return {Kind::kInterrupted, visit.failure ? "interrupted" : kNotReached, record};
+    }
+    if (visit.failure) {
+      return {shared::IsBusy(record) ? Kind::kBusy : Kind::kFailed,
+              fmt::format("{} in: {}", record.what, visit.failure->sql), record};
+    }
+    return {Kind::kNotReached, pass.result.Failed() ? "the pass ended before it" : "the module did not clean it",
+            record};
+  }
+
+  shared::plugin::IDynamicPluginModule& module_;
+  const DirectoryRun& run_;
+  RunReport& report_;
+  bool stopped_ = false;
+};
+
+bool WasOpened(const DatabaseReport& database) {
+  return !database.problem || database.problem->kind == Problem::Kind::kFailed ||
+         database.problem->kind == Problem::Kind::kNotReached;
+}
+
+}  // namespace
+
+RunReport Run(shared::plugin::IDynamicPluginModule& module, const DirectoryRun& run) {
+  RunReport report{.directory = run.directory, .directory_source = run.source, .databases = {}, .passes = {}};
+  report.databases = LookAtAll(run, ReadCatalogue());
+  Passes(module, run, report).RunAll();
+  for (DatabaseReport& database : report.databases) {
+    if (WasOpened(database)) {
+      CountAfterwards(database);
+    }
+  }
+  return report;
+}
+
+}  // namespace corvo::telemetry::host

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <filesystem>
+
+namespace corvo::telemetry::host {
+
+/// Whether this user may read and write the file, as far as its permissions tell; true when that cannot be found out.
+[[nodiscard]] bool MayReadAndWrite(const std::filesystem::path& file);
+
+/// Whether this user may make files in the directory, as far as its permissions tell; true when that cannot be found
+/// out.
+[[nodiscard]] bool MayWriteIn(const std::filesystem::path& directory);
+
+}  // namespace corvo::telemetry::host

@@ -1,0 +1,67 @@
+// A user who ends a run early, with the signals that a terminal and a system send.
+#include <gmock/gmock.h>
+
+#include "host/run_fixture.h"
+#include "support/database.h"
+
+namespace corvo::test {
+namespace {
+
+using testing::HasSubstr;
+
+/// The second of five databases takes for ever: a trigger of its file never ends.
+class InterruptedRun : public RunTest {
+ protected:
+  void SetUp() override {
+    Generate();
+    Database(File("DeviceProfile.db"))
+        .Run(
+            "CREATE TRIGGER Endless BEFORE DELETE ON Device BEGIN SELECT COUNT(*) FROM "
+            "(WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i FROM n); END");
+    rows_ = Rows();
+  }
+
+  [[nodiscard]] std::int64_t Rows() const { return Database(File("DeviceProfile.db")).Count("Device"); }
+
+  [[nodiscard]] HostRun RunAndSend(const std::string& signal, const std::string& option) const {
+    return RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", signal, "3"},
+                          {"run", "--data-dir", data_, option});
+  }
+
+  std::int64_t rows_ = 0;
+};
+
+TEST_F(InterruptedRun, RollsTheStatementBackAndSaysWhatWasDoneUntilThen) {
+  const HostRun run = RunAndSend("INT", "--keep-going");
+  EXPECT_EQ(run.exit_code, 130);
+  EXPECT_THAT(run.out, HasSubstr("Interrupted: cleaned 1 of 5 databases; not cleaned: DeviceProfile (interrupted), "
+                                 "DeviceProfileEvents (not reached before the interruption)"));
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(Rows(), rows_);
+  EXPECT_FALSE(std::filesystem::exists(File(".corvo-telemetry-host.lock")));
+}
+
+TEST_F(InterruptedRun, WritesItsDocumentAllTheSame) {
+  const HostRun run = RunAndSend("TERM", "--json");
+  EXPECT_EQ(run.exit_code, 143);
+  const nlohmann::json document = run.Json();
+  EXPECT_EQ(document["interrupted"], true);
+  EXPECT_EQ(document["cleaned"], 1);
+  EXPECT_EQ(document["databases"][0]["cleaned"], true);
+  EXPECT_EQ(document["databases"][1]["problem"]["kind"], "interrupted");
+  EXPECT_EQ(document["databases"][4]["problem"]["kind"], "interrupted");
+  EXPECT_EQ(Rows(), rows_);
+}
+
+class InterruptedGeneration : public RunTest {};
+
+TEST_F(InterruptedGeneration, LeavesNothingOfItsOwn) {
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "1"},
+                                     {"generate", "--data-dir", data_, "--scale", "1000"});
+  EXPECT_EQ(run.exit_code, 130);
+  EXPECT_THAT(run.err, HasSubstr("interrupted: nothing was generated"));
+  EXPECT_FALSE(std::filesystem::exists(data_));
+}
+
+}  // namespace
+}  // namespace corvo::test
