@@ -1,6 +1,7 @@
 // A user who ends a run early, with the signals that a terminal and a system send.
 #include <gmock/gmock.h>
 
+#include "host/platform/instance_lock.h"
 #include "host/run_fixture.h"
 #include "support/database.h"
 
@@ -51,6 +52,15 @@ TEST_F(InterruptedRun, WritesItsDocumentAllTheSame) {
   EXPECT_EQ(document["databases"][1]["problem"]["kind"], "interrupted");
   EXPECT_EQ(document["databases"][4]["problem"]["kind"], "interrupted");
   EXPECT_EQ(Rows(), rows_);
+}
+
+TEST_F(InterruptedRun, CanBeEndedWhileItWaitsForAnotherOne) {
+  std::string holder;
+  const auto lock = telemetry::host::InstanceLock::TryTake(data_, holder);
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "1"},
+                                     {"run", "--data-dir", data_, "--wait", "600"});
+  EXPECT_EQ(run.exit_code, 130);
+  EXPECT_THAT(run.err, HasSubstr("interrupted while another run was waited for: process "));
 }
 
 class InterruptedGeneration : public RunTest {};

@@ -145,6 +145,16 @@ TEST_F(NarrowedRun, IsRefusedWhileAnotherRunHoldsTheDirectory) {
   EXPECT_EQ(Run({"--wait", "1"}).exit_code, 11);
 }
 
+TEST_F(NarrowedRun, NamesAFileThatFailsThePassBecauseItHasTheNameOfAContract) {
+  Generate();
+  Damage("DeviceProfile");
+  Database(File("Device.db")).Run("CREATE TABLE Device (time TEXT); INSERT INTO Device VALUES ('2001-01-01')");
+  const HostRun run = Run();
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_THAT(run.err, HasSubstr("Device.db is named after a contract of DeviceProfile, which is not cleaned"));
+  EXPECT_EQ(Database(File("Device.db")).Count("Device"), 1);
+}
+
 TEST_F(NarrowedRun, LeavesNothingOfItsOwnInTheDirectory) {
   Generate();
   std::vector<std::string> before;

@@ -76,6 +76,9 @@ InstanceLock TakeLock(const fs::path& directory, int wait_s) {
     throw CommandFailure(kNoDataDirectory,
                          fmt::format("no run can begin in {}: {}", common::Utf8(directory), failure.what()));
   }
+  if (const int signal = InterruptionScope::Signal(); signal != 0) {
+    throw CommandFailure(InterruptedBy(signal), "interrupted while another run was waited for: " + holder);
+  }
   throw CommandFailure(kAnotherRun, fmt::format("another run cleans {}: {}; wait for its end with --wait SECONDS",
                                                 common::Utf8(directory), holder));
 }

@@ -32,7 +32,7 @@ std::size_t Distance(const std::string& from, const std::string& to) {
       row[column] = std::min({row[column] + 1, row[column - 1] + 1, exchanged});
     }
   }
-  return row.back();
+  return row[to.size()];
 }
 
 }  // namespace

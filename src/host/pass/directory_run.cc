@@ -10,6 +10,8 @@
 #include "host/pass/pass_runner.h"
 #include "host/platform/platform.h"
 #include "host/show/progress.h"
+#include "host/show/standard_error.h"
+#include "storage/database_name.h"
 #include "storage/result_code.h"
 #include "storage/storage_options.h"
 #include "storage/telemetry_storage.h"
@@ -47,6 +49,25 @@ std::vector<DatabaseReport> LookAtAll(const DirectoryRun& run, const CatalogueVi
   }
   EndProgress();
   return reports;
+}
+
+/// A contract whose database cannot be opened counts as living in one that is named after its type. Such a file, where
+/// there is one, is none of ours, and the module fails on it.
+void TellStrayFiles(const CatalogueView& catalogue, const RunReport& report) {
+  for (const ContractView& contract : catalogue.contracts) {
+    const auto own = [&contract](const DatabaseReport& each) {
+      return each.name == contract.database && !each.problem;
+    };
+    const auto named = [&contract](const DatabaseView& each) { return each.database == contract.name; };
+    const std::string file = shared::AddDatabaseExtension(contract.name);
+    if (std::none_of(report.databases.begin(), report.databases.end(), own) &&
+        std::none_of(catalogue.databases.begin(), catalogue.databases.end(), named) &&
+        HasFile(report.directory / file)) {
+      Tell(
+          fmt::format("{} is named after a contract of {}, which is not cleaned, and fails the pass: move it out of {}",
+                      file, contract.database, common::Utf8(report.directory)));
+    }
+  }
 }
 
 constexpr const char* kNotReached = "not reached before the interruption";
@@ -149,7 +170,9 @@ bool WasOpened(const DatabaseReport& database) {
 
 RunReport Run(shared::plugin::IDynamicPluginModule& module, const DirectoryRun& run) {
   RunReport report{.directory = run.directory, .directory_source = run.source, .databases = {}, .passes = {}};
-  report.databases = LookAtAll(run, ReadCatalogue());
+  const CatalogueView catalogue = ReadCatalogue();
+  report.databases = LookAtAll(run, catalogue);
+  TellStrayFiles(catalogue, report);
   Passes(module, run, report).RunAll();
   for (DatabaseReport& database : report.databases) {
     if (WasOpened(database)) {
