@@ -39,6 +39,18 @@ void GiveAway(const std::string& data) {
   ASSERT_EQ(chown(data.c_str(), kSomebody, kSomebody), 0);
 }
 
+/// Where SQLite cannot open it by its real path, though the link's is short.
+void MoveFarAway(const std::string& data) {
+  Fill(data);
+  fs::path far = fs::path(data).parent_path();
+  for (int folder = 0; folder < 5; ++folder) {
+    far /= std::string(100, 'x');
+  }
+  fs::create_directories(far);
+  fs::rename(data, far / "data");
+  fs::create_directory_symlink(far / "data", data);
+}
+
 Condition Mode(const char* name, const char* what, mode_t mode, const Answer& run, const Answer& generate) {
   return {name,
           [what, mode](const std::string& data) {
@@ -64,6 +76,7 @@ INSTANTIATE_TEST_SUITE_P(
                   &GiveAway,
                   {10, geteuid() == 0 ? "belongs to another user" : "ermission denied"},
                   {2, geteuid() == 0 ? "already holds databases" : "ermission denied"}},
+        Condition{"PathTooLongForSqlite", &MoveFarAway, {1, "too long for SQLite"}, kHoldsDatabases},
         Condition{"HostileNames",
                   [](const std::string& data) {
                     Fill(data);

@@ -68,6 +68,20 @@ std::string ReasonNotToOpen(const common::Error& error, const fs::path& file) {
   return reason;
 }
 
+/// Where the file itself is, and with it its journals; its name may be a link.
+fs::path RealPath(const fs::path& file) {
+  std::error_code unknown;
+  const fs::path real = fs::canonical(file, unknown);
+  return unknown ? file : real;
+}
+
+/// SQLite's interfaces of the platforms take paths of 512 bytes (mxPathname, https://www.sqlite.org/c3ref/vfs.html),
+/// and those of the side files are longer.
+bool IsTooLong(const fs::path& file) {
+  constexpr std::size_t kLongest = 512;
+  return common::Utf8(file).size() + std::string("-journal").size() >= kLongest;
+}
+
 Problem ProblemOf(const common::Error& error, const fs::path& file) {
   using Kind = Problem::Kind;
   if (shared::IsBusy(error)) {
@@ -83,6 +97,9 @@ Problem ProblemOf(const common::Error& error, const fs::path& file) {
   }
   if ((shared::IsCannotOpen(error) || shared::IsReadOnly(error)) && !MayReadAndWrite(file)) {
     return {Kind::kCannotOpen, "permission denied", error};
+  }
+  if (shared::IsCannotOpen(error) && IsTooLong(RealPath(file))) {
+    return {Kind::kPathTooLong, "its path is too long for SQLite", error};
   }
   return shared::IsCannotOpen(error) || shared::IsReadOnly(error)
              ? Problem{Kind::kCannotOpen, ReasonNotToOpen(error, file), error}
@@ -166,19 +183,12 @@ std::optional<Problem> LackOfRoom(TelemetryStorage& storage, const CompactionPla
   return std::nullopt;
 }
 
-/// Where the file itself is, and with it its journals; its name may be a link.
-fs::path RealFolder(const fs::path& file) {
-  std::error_code unknown;
-  const fs::path real = fs::canonical(file, unknown);
-  return (unknown ? file : real).parent_path();
-}
-
 /// SQLite opens a file that must not be written for reading, and finds out at the first change that it cannot be made.
 std::optional<Problem> LackOfPermission(const fs::path& file) {
   if (!MayReadAndWrite(file)) {
     return Problem{Problem::Kind::kCannotOpen, "permission denied", {}};
   }
-  if (!MayWriteIn(RealFolder(file))) {
+  if (!MayWriteIn(RealPath(file).parent_path())) {
     return Problem{Problem::Kind::kCannotOpen, "permission denied: nothing may be written in its folder", {}};
   }
   return std::nullopt;

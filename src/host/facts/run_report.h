@@ -26,6 +26,7 @@ struct Deleted {
 struct Problem {
   enum class Kind {
     kCannotOpen,   ///< it is no ordinary file, or this user may not read and write it
+    kPathTooLong,  ///< SQLite takes no path of this length
     kBusy,         ///< another program holds it locked
     kUnfit,        ///< its content is nothing that the rules could work on: damage, or a schema that they would misread
     kNoRoom,       ///< there is no room to compact it

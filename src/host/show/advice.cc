@@ -67,6 +67,8 @@ std::string Advice(const Problem& problem) {
     case Problem::Kind::kNoRoom:
       return "Free some space there, or name another place for SQLite's temporary files (environment variable "
              "SQLITE_TMPDIR).";
+    case Problem::Kind::kPathTooLong:
+      return "Keep the databases in a folder with a shorter path.";
     case Problem::Kind::kCannotOpen:
       return problem.record.Failed() ? Advice(problem.record)
                                      : "Check that this user may read and write the file and its directory.";

@@ -33,6 +33,8 @@ const char* NameOf(Problem::Kind kind) {
   switch (kind) {
     case Problem::Kind::kCannotOpen:
       return "cannot_open";
+    case Problem::Kind::kPathTooLong:
+      return "path_too_long";
     case Problem::Kind::kBusy:
       return "busy";
     case Problem::Kind::kUnfit:
