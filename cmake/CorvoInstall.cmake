@@ -56,7 +56,8 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${CMAKE_INSTALL_PR
 configure_file(cmake/corvo-telemetry.pc.in "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/cmake/corvo-telemetry.pc" DESTINATION "${CORVO_PKGCONFIG_DIR}")
 
-install(FILES LICENSE CHANGELOG.md docs/behaviour.md docs/contracts.md docs/hosting.md docs/storage.md
+install(DIRECTORY docs/schema DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES LICENSE CHANGELOG.md docs/behaviour.md docs/contracts.md docs/host.md docs/hosting.md docs/storage.md
         DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
 # cpack packs the installed tree into one archive.

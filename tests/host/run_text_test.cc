@@ -42,13 +42,14 @@ TEST(RunText, SaysWhichDatabaseWasNotCleanedWhyAndWhatToDo) {
                               .path = "Cache.db",
                               .tables = {},
                               .problem = test::SampleProblem(Kind::kUnfit, "damaged: file is not a database", 26)});
-  EXPECT_THAT(
-      RunText(report, false),
-      EndsWith(
-          "Cache: The file is damaged and stays as it is. Keep a copy; the rows that can still be read come out as SQL "
-          "with\nsqlite3 FILE .recover. Then move it away: its collector makes a new one.\n"
-          "Cleaned 1 of 2 databases; not cleaned: Cache (damaged: file is not a database)\n"
-          "1,000 rows deleted, 1.5 MB freed in 0.2 s\n"));
+  EXPECT_THAT(RunText(report, false),
+              EndsWith("Cache: The file is damaged and stays as it is. Stop its collector. Keep a copy of it with its "
+                       "-journal, -wal and "
+                       "-shm; the\nrows that can still be read come out of the copy as SQL with sqlite3 COPY .recover. "
+                       "Then move it away "
+                       "with them: its\ncollector makes a new one.\n"
+                       "Cleaned 1 of 2 databases; not cleaned: Cache (damaged: file is not a database)\n"
+                       "1,000 rows deleted, 1.5 MB freed in 0.2 s\n"));
   EXPECT_THAT(RunText(report, false), HasSubstr("Cache (not cleaned)"));
 }
 
@@ -109,6 +110,23 @@ TEST(RunText, SaysThatTheRunWasInterrupted) {
   report.databases[0].problem = test::SampleProblem(Kind::kInterrupted, "interrupted", 9);
   EXPECT_THAT(RunText(report, false),
               HasSubstr("Interrupted: cleaned 0 of 1 database; not cleaned: HealthLog (interrupted)\n"));
+}
+
+TEST(Failures, AreTheReasonsTheAdviceAndTheOutcomeALineEach) {
+  RunReport report = test::SampleReport();
+  report.databases[0].problem = test::SampleProblem(Kind::kBusy, "another program holds it locked", 5);
+  const std::vector<std::string> lines = Failures(report);
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_THAT(lines[0], testing::StartsWith("HealthLog: Another program holds the database"));
+  EXPECT_EQ(lines[1], "Cleaned 0 of 1 database; not cleaned: HealthLog (another program holds it locked)");
+}
+
+TEST(RunText, SaysThatNoneOfTheNamedDatabasesIsThere) {
+  RunReport report = test::SampleReport();
+  report.databases.clear();
+  report.narrowed = true;
+  EXPECT_EQ(RunText(report, false),
+            "Nothing to clean: data (--data-dir) holds none of the databases that were named\n");
 }
 
 TEST(RunText, SaysWhenThereWasNothingToClean) {

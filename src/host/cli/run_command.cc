@@ -1,5 +1,6 @@
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -121,7 +122,10 @@ ExitCode RunCommand(const RunOptions& options) {
   } else if (!options.quiet) {
     Print(RunText(report, UsesColour(stdout)));
   } else if (ExitCodeOf(report) != kDone) {
-    Tell(Outcome(report));
+    for (std::string line : Failures(report)) {
+      std::replace(line.begin(), line.end(), '\n', ' ');  // advice is folded for a page
+      Tell(line);
+    }
   }
   return ExitCodeOf(report);
 }

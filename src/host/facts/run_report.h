@@ -86,6 +86,7 @@ struct PassOutcome {
 struct RunReport {
   std::filesystem::path directory;
   std::string directory_source;  ///< where the name of the directory comes from, for people
+  bool narrowed = false;         ///< to databases that the user named
   std::vector<DatabaseReport> databases;
   std::vector<PassOutcome> passes;  ///< none when there was nothing that a pass could be run on
   int signal = 0;                   ///< by which the user ended the run early; 0 when it ended by itself

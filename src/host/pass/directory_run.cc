@@ -171,6 +171,7 @@ bool WasOpened(const DatabaseReport& database) {
 RunReport Run(shared::plugin::IDynamicPluginModule& module, const DirectoryRun& run) {
   RunReport report{.directory = run.directory, .directory_source = run.source, .databases = {}, .passes = {}};
   const CatalogueView catalogue = ReadCatalogue();
+  report.narrowed = !run.only.empty();
   report.databases = LookAtAll(run, catalogue);
   TellStrayFiles(catalogue, report);
   Passes(module, run, report).RunAll();

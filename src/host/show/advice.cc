@@ -25,10 +25,15 @@ const std::array<Kind, 10>& Kinds() {
       {shared::IsRefused,
        "The file's schema holds something that no collector makes; the file stays as it is. Find out who put it "
        "there.\n"
-       "To do without the file, keep a copy and move it away: its collector makes a new one."},
+       "To do without the file, stop its collector, keep a copy and move it away with its -journal, -wal and -shm: "
+       "its\n"
+       "collector makes a new one."},
       {shared::IsDamaged,
-       "The file is damaged and stays as it is. Keep a copy; the rows that can still be read come out as SQL with\n"
-       "sqlite3 FILE .recover. Then move it away: its collector makes a new one."},
+       "The file is damaged and stays as it is. Stop its collector. Keep a copy of it with its -journal, -wal and "
+       "-shm; the\n"
+       "rows that can still be read come out of the copy as SQL with sqlite3 COPY .recover. Then move it away with "
+       "them: its\n"
+       "collector makes a new one."},
       {shared::IsFull, "Free some space on the disk: compacting needs room for a copy of the database."},
       {shared::IsIoError,
        "Check the disk and free some space on it: compacting needs room for a copy of the database."},

@@ -203,37 +203,44 @@ std::string PassFailure(const PassOutcome& pass, bool colour) {
   if (pass.failure) {
     text += "; the statement was " + pass.failure->sql;
   }
-  return Coloured(Printable(text), fmt::terminal_color::red, colour) + "\n";
+  return Coloured(Printable(text), fmt::terminal_color::red, colour);
 }
 
-/// Failures of passes, and advice, each advice once with the databases that it is for.
-std::string FailureLines(const RunReport& report, bool colour) {
-  std::string text;
-  for (const PassOutcome& pass : report.passes) {
-    if (pass.result.Failed() && report.signal == 0) {
-      text += PassFailure(pass, colour);
-    }
-  }
+/// Each advice once, with the databases that it is for.
+std::vector<std::string> AdviceLines(const RunReport& report) {
   std::vector<std::pair<std::string, std::vector<std::string>>> advices;
-  const auto add = [&advices](const std::string& advice, const std::string& name) {
+  for (const DatabaseReport& database : report.databases) {
+    const std::string advice = database.problem ? Advice(*database.problem) : "";
+    if (advice.empty()) {
+      continue;
+    }
     auto found = std::find_if(advices.begin(), advices.end(), [&](const auto& each) { return each.first == advice; });
     if (found == advices.end()) {
       found = advices.insert(advices.end(), {advice, {}});
     }
-    found->second.push_back(name);
-  };
-  for (const DatabaseReport& database : report.databases) {
-    if (const std::string advice = database.problem ? Advice(*database.problem) : ""; !advice.empty()) {
-      add(advice, database.name);
+    found->second.push_back(database.name);
+  }
+  std::vector<std::string> lines;
+  for (const auto& [advice, names] : advices) {
+    lines.push_back(fmt::format("{}: {}", fmt::join(names, ", "), advice));
+  }
+  return lines;
+}
+
+/// What failed, and what to do.
+std::vector<std::string> FailureLines(const RunReport& report, bool colour) {
+  std::vector<std::string> lines;
+  for (const PassOutcome& pass : report.passes) {
+    if (pass.result.Failed() && report.signal == 0) {
+      lines.push_back(PassFailure(pass, colour));
     }
   }
-  if (advices.empty() && !text.empty()) {
-    return text + Advice(report.Result()) + "\n";
+  const std::vector<std::string> advice = AdviceLines(report);
+  if (advice.empty() && !lines.empty()) {
+    lines.push_back(Advice(report.Result()));
   }
-  for (const auto& [advice, names] : advices) {
-    text += fmt::format("{}: {}\n", fmt::join(names, ", "), advice);
-  }
-  return text;
+  lines.insert(lines.end(), advice.begin(), advice.end());
+  return lines;
 }
 
 std::string NotCleaned(const RunReport& report) {
@@ -255,26 +262,7 @@ std::string Figures(const RunReport& report, const Sums& total) {
 
 bool AllIsWell(const RunReport& report) { return report.signal == 0 && !report.Result().Failed(); }
 
-}  // namespace
-
-std::string RunText(const RunReport& report, bool colour) {
-  if (report.databases.empty() && report.signal == 0) {
-    return fmt::format("Nothing to clean: {} ({}) holds none of the catalogue's databases\n",
-                       Printable(common::Utf8(report.directory)), report.directory_source);
-  }
-  Sums total;
-  for (const DatabaseReport& database : report.databases) {
-    total.Add(SumUp(database));
-  }
-  const std::string table = report.databases.empty() ? "" : TableText(report, total, colour);
-  return fmt::format("{} ({})\n\n", Printable(common::Utf8(report.directory)), report.directory_source) + table +
-         PassLines(report) + TableNotes(report) + FailureLines(report, colour) +
-         (AllIsWell(report)
-              ? Coloured(Outcome(report) + ": " + Figures(report, total), fmt::terminal_color::green, colour)
-              : Coloured(Outcome(report), fmt::terminal_color::red, colour) + "\n" + Figures(report, total)) +
-         "\n";
-}
-
+/// How the run went, in one line.
 std::string Outcome(const RunReport& report) {
   const auto all = static_cast<std::int64_t>(report.databases.size());
   if (AllIsWell(report)) {
@@ -283,6 +271,37 @@ std::string Outcome(const RunReport& report) {
   const std::string rest = NotCleaned(report);
   return fmt::format("{} {} of {}{}", report.signal != 0 ? "Interrupted: cleaned" : "Cleaned", report.Cleaned(),
                      Counted(all, "database"), rest.empty() ? "" : "; not cleaned: " + rest);
+}
+
+}  // namespace
+
+std::string RunText(const RunReport& report, bool colour) {
+  if (report.databases.empty() && report.signal == 0) {
+    return fmt::format("Nothing to clean: {} ({}) holds none of the {}\n", Printable(common::Utf8(report.directory)),
+                       report.directory_source,
+                       report.narrowed ? "databases that were named" : "catalogue's databases");
+  }
+  Sums total;
+  for (const DatabaseReport& database : report.databases) {
+    total.Add(SumUp(database));
+  }
+  std::string failures;
+  for (const std::string& line : FailureLines(report, colour)) {
+    failures += line + "\n";
+  }
+  const std::string table = report.databases.empty() ? "" : TableText(report, total, colour);
+  return fmt::format("{} ({})\n\n", Printable(common::Utf8(report.directory)), report.directory_source) + table +
+         PassLines(report) + TableNotes(report) + failures +
+         (AllIsWell(report)
+              ? Coloured(Outcome(report) + ": " + Figures(report, total), fmt::terminal_color::green, colour)
+              : Coloured(Outcome(report), fmt::terminal_color::red, colour) + "\n" + Figures(report, total)) +
+         "\n";
+}
+
+std::vector<std::string> Failures(const RunReport& report) {
+  std::vector<std::string> lines = FailureLines(report, false);
+  lines.push_back(Outcome(report));
+  return lines;
 }
 
 }  // namespace corvo::telemetry::host

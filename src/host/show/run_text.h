@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/facts/run_report.h"
 
@@ -10,7 +11,7 @@ namespace corvo::telemetry::host {
 /// outcome last.
 [[nodiscard]] std::string RunText(const RunReport& report, bool colour);
 
-/// How the run went, in one line.
-[[nodiscard]] std::string Outcome(const RunReport& report);
+/// What went wrong, what to do about it, and how the run went at last, each in a line of its own.
+[[nodiscard]] std::vector<std::string> Failures(const RunReport& report);
 
 }  // namespace corvo::telemetry::host

@@ -47,7 +47,10 @@ shared::Rows Run(const char* sql) {
 void MakeDatabase(const std::filesystem::path& directory) {
   shared::SetDataDirectory(directory.string());
   std::filesystem::create_directories(directory);
-  std::ofstream(directory / "DeviceUsage.db", std::ios::trunc);
+  if (std::filesystem::exists(directory / "DeviceUsage.db")) {
+    throw std::runtime_error("there is a database already; name an empty folder");
+  }
+  std::ofstream(directory / "DeviceUsage.db");
   Run("CREATE TABLE PowerEvents (time TEXT, event_kind TEXT)");
   Run("INSERT INTO PowerEvents VALUES ('2001-01-01T00:00:00+00:00', 'old'), (datetime('now'), 'new')");
 }
