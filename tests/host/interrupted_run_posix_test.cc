@@ -25,7 +25,7 @@ class InterruptedRun : public RunTest {
   [[nodiscard]] std::int64_t Rows() const { return Database(File("DeviceProfile.db")).Count("Device"); }
 
   [[nodiscard]] HostRun RunAndSend(const std::string& signal, const std::string& option) const {
-    return RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", signal, "3"},
+    return RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", signal, "6"},
                           {"run", "--data-dir", data_, option});
   }
 
@@ -57,7 +57,7 @@ TEST_F(InterruptedRun, WritesItsDocumentAllTheSame) {
 TEST_F(InterruptedRun, CanBeEndedWhileItWaitsForAnotherOne) {
   std::string holder;
   const auto lock = telemetry::host::InstanceLock::TryTake(data_, holder);
-  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "1"},
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "3"},
                                      {"run", "--data-dir", data_, "--wait", "600"});
   EXPECT_EQ(run.exit_code, 130);
   EXPECT_THAT(run.err, HasSubstr("interrupted while another run was waited for: process "));
@@ -66,7 +66,7 @@ TEST_F(InterruptedRun, CanBeEndedWhileItWaitsForAnotherOne) {
 class InterruptedGeneration : public RunTest {};
 
 TEST_F(InterruptedGeneration, LeavesNothingOfItsOwn) {
-  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "1"},
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "3"},
                                      {"generate", "--data-dir", data_, "--scale", "1000"});
   EXPECT_EQ(run.exit_code, 130);
   EXPECT_THAT(run.err, HasSubstr("interrupted: nothing was generated"));
