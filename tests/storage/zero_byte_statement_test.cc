@@ -12,7 +12,7 @@ namespace corvo::test {
 namespace {
 
 using testing::HasSubstr;
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 struct Cut {
   const char* name;

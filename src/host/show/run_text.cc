@@ -221,6 +221,7 @@ std::vector<std::string> AdviceLines(const RunReport& report) {
     found->second.push_back(database.name);
   }
   std::vector<std::string> lines;
+  lines.reserve(advices.size());
   for (const auto& [advice, names] : advices) {
     lines.push_back(fmt::format("{}: {}", fmt::join(names, ", "), advice));
   }
