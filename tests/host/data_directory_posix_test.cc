@@ -2,8 +2,8 @@
 
 #include "host/facts/data_directory.h"
 #include "host/host_process.h"
-#include "host/unprivileged_posix.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged_posix.h"
 
 namespace corvo::test {
 namespace {

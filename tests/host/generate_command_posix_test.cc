@@ -6,9 +6,9 @@
 
 #include "host/cli/commands.h"
 #include "host/host_process.h"
-#include "host/unprivileged_posix.h"
 #include "support/database.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged_posix.h"
 
 namespace corvo::test {
 namespace {

@@ -4,9 +4,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <stdexcept>
 
+#include "support/unprivileged_posix.h"
 #include "system/process_control.h"
 
 namespace corvo::test {
@@ -30,27 +30,6 @@ class FileSizeLimit {
 
  private:
   rlimit former_{};
-};
-
-/// Takes the superuser's right to write everything away, while the object lives.
-class Unprivileged {
- public:
-  explicit Unprivileged(bool wanted) : dropped_(wanted && geteuid() == 0) {
-    constexpr uid_t kNobody = 65'534;
-    if (dropped_ && seteuid(kNobody) != 0) {
-      throw std::runtime_error("seteuid");
-    }
-  }
-  Unprivileged(const Unprivileged&) = delete;
-  Unprivileged& operator=(const Unprivileged&) = delete;
-  ~Unprivileged() {
-    if (dropped_ && seteuid(0) != 0) {
-      _exit(EXIT_FAILURE);
-    }
-  }
-
- private:
-  bool dropped_;
 };
 
 struct Both {

@@ -42,12 +42,6 @@ Number ReadNumber(const std::string& option, const std::string& word, Number low
   return number;
 }
 
-std::string LowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; });
-  return text;
-}
-
 std::string KnownDatabase(const std::string& option, const std::string& word) {
   std::vector<std::string> known;
   const std::string wanted = shared::RemoveDatabaseExtension(LowerCase(word));

@@ -13,12 +13,6 @@ namespace {
 constexpr std::size_t kLongestShown = 60;
 constexpr std::size_t kFarthest = 2;
 
-std::string LowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; });
-  return text;
-}
-
 // How many letters must be put in, taken out or exchanged to make one text of the other.
 std::size_t Distance(const std::string& from, const std::string& to) {
   std::vector<std::size_t> row(to.size() + 1);
@@ -36,6 +30,12 @@ std::size_t Distance(const std::string& from, const std::string& to) {
 }
 
 }  // namespace
+
+std::string LowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; });
+  return text;
+}
 
 void WrongUsage(const std::string& text) { throw CommandFailure(kUsage, text + "; see --help"); }
 

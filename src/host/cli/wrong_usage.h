@@ -16,6 +16,9 @@ namespace corvo::telemetry::host {
 /// A word of the command line as part of a sentence: an empty one is quoted, a long one is cut.
 [[nodiscard]] std::string Shown(const std::string& word);
 
+/// The text with the letters of ASCII in lower case: words are told apart without their case.
+[[nodiscard]] std::string LowerCase(std::string text);
+
 /// " (did you mean run?)" when one of the candidates is at most two letters from the word, whatever their case; else
 /// nothing.
 [[nodiscard]] std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates);

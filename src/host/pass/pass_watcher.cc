@@ -75,9 +75,9 @@ void PassWatcher::OnEnd(const shared::StatementRecord& statement) noexcept {
     Note(statement);
     Log(statement);
   } catch (...) {
-    // No memory for the record of a statement: what is not known to be compacted does not count as cleaned.
+    // No memory for the record of a statement, which may have failed: nothing of the pass counts as cleaned then.
     const std::lock_guard lock(mutex_);
-    visits_.clear();
+    incomplete_ = true;
   }
 }
 
@@ -103,7 +103,7 @@ void PassWatcher::Note(const shared::StatementRecord& statement) {
 
 std::map<std::string, Visit> PassWatcher::Visits() const {
   const std::lock_guard lock(mutex_);
-  return visits_;
+  return incomplete_ ? std::map<std::string, Visit>() : visits_;
 }
 
 std::optional<FailedStatement> PassWatcher::LastFailure() const {

@@ -34,7 +34,7 @@ class PassWatcher : public shared::StatementObserver {
   void OnStart(const shared::StatementRecord& statement) noexcept override;
   void OnEnd(const shared::StatementRecord& statement) noexcept override;
 
-  /// By file name: what was watched until now.
+  /// By file name: what was watched until now; nothing when any of it could not be recorded.
   [[nodiscard]] std::map<std::string, Visit> Visits() const;
 
   /// The statement that failed last, a missing table aside.
@@ -51,6 +51,7 @@ class PassWatcher : public shared::StatementObserver {
   std::map<std::string, Visit> visits_;
   std::optional<FailedStatement> last_failure_;
   std::int64_t rows_deleted_ = 0;
+  bool incomplete_ = false;  ///< a statement could not be recorded
 };
 
 }  // namespace corvo::telemetry::host

@@ -7,10 +7,11 @@
 
 namespace corvo::test {
 
-/// Takes the superuser's rights away from this process while the object lives; other users keep what they have.
+/// Takes the superuser's right over every file away while the object lives, if that is wanted; other users keep what
+/// they have.
 class Unprivileged {
  public:
-  Unprivileged() : dropped_(geteuid() == 0) {
+  explicit Unprivileged(bool wanted = true) : dropped_(wanted && geteuid() == 0) {
     constexpr uid_t kNobody = 65'534;
     if (dropped_ && seteuid(kNobody) != 0) {
       throw std::runtime_error("seteuid");
