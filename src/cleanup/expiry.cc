@@ -4,8 +4,8 @@
 #include "cleanup/data_cleanup.h"
 #include "cleanup/database_location.h"
 #include "cleanup/operation.h"
-#include "cleanup/rules.h"
 #include "contracts/lookups.h"
+#include "contracts/rules.h"
 
 using namespace corvo::telemetry;
 
@@ -25,14 +25,14 @@ void DeleteRowsBefore(const std::string& cutoff, const std::string& table, corvo
 
 common::Error DataCleanup::DeleteExpiredRows(const Message* contract, std::uint32_t retention_days) {
   Error result;
-  if (contract == nullptr || cleanup::IsOff(retention_days, kNoExpiry)) {
+  if (contract == nullptr || contracts::IsOff(retention_days, kNoExpiry)) {
     return result;
   }
   try {
     corvo::shared::TelemetryStorage storage(cleanup::GetDatabaseFileName(contract).c_str(), "");
     const std::string table = contracts::GetTableName(contract);
-    const std::int64_t cutoff = cleanup::Cutoff(cleanup::CurrentTime(), retention_days);
-    DeleteRowsBefore(cleanup::CutoffText(cutoff), table, storage);
+    const std::int64_t cutoff = contracts::Cutoff(cleanup::CurrentTime(), retention_days);
+    DeleteRowsBefore(contracts::CutoffText(cutoff), table, storage);
   } catch (Error& e) {
     result = e;
     cleanup::LogException(kTag, result);

@@ -2,9 +2,9 @@
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/operation.h"
-#include "cleanup/rules.h"
 #include "common/log.h"
 #include "contracts/lookups.h"
+#include "contracts/rules.h"
 
 using namespace corvo::telemetry;
 
@@ -22,7 +22,7 @@ std::int32_t SizeOf(const corvo::shared::Rows& rows) {
   if (rows.count == 0 || rows[0].count <= 1) {
     return 0;
   }
-  return cleanup::Megabytes(std::atoi(rows[0][0].GetColumnValue()), std::atoi(rows[0][1].GetColumnValue()));
+  return contracts::Megabytes(std::atoi(rows[0][0].GetColumnValue()), std::atoi(rows[0][1].GetColumnValue()));
 }
 
 std::uint32_t CountRows(corvo::shared::TelemetryStorage& storage, const std::string& table) {

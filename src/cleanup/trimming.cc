@@ -9,8 +9,8 @@
 #include "cleanup/data_cleanup.h"
 #include "cleanup/database_location.h"
 #include "cleanup/operation.h"
-#include "cleanup/rules.h"
 #include "contracts/lookups.h"
+#include "contracts/rules.h"
 
 using namespace corvo::telemetry;
 
@@ -48,21 +48,21 @@ std::uint32_t FileSize(const cleanup::DatabaseEntry& database) {
 common::Error TrimTable(const google::protobuf::Message* contract, double factor) {
   std::uint32_t count = 0;
   const common::Error result = DataCleanup::GetRowCount(contract, count);
-  return result.Failed() ? result : DataCleanup::TruncateRows(contract, cleanup::RowsToTrim(count, factor));
+  return result.Failed() ? result : DataCleanup::TruncateRows(contract, contracts::RowsToTrim(count, factor));
 }
 
 }  // namespace
 
 common::Error DataCleanup::DeleteExtraRows(const Message* contract, std::uint32_t row_limit) const {
   Error result;
-  if (contract == nullptr || cleanup::IsOff(row_limit, kNoRowLimit)) {
+  if (contract == nullptr || contracts::IsOff(row_limit, kNoRowLimit)) {
     return result;
   }
   try {
     std::uint32_t count = 0;
     result = GetRowCount(contract, count);
     if (!result.Failed()) {
-      const std::uint32_t extra = cleanup::RowsOverLimit(count, row_limit, trimMarginPercent);
+      const std::uint32_t extra = contracts::RowsOverLimit(count, row_limit, trimMarginPercent);
       if (extra != 0) {
         result = TruncateRows(contract, extra);
       }
@@ -81,7 +81,7 @@ common::Error DataCleanup::DeleteExtraRows(const Message* contract, std::uint32_
 
 common::Error DataCleanup::EnforceSizeLimit(const DatabaseEntry* database) const {
   Error result;
-  if (database == nullptr || database->contracts.empty() || cleanup::IsOff(database->max_size_mb, kNoSizeLimit)) {
+  if (database == nullptr || database->contracts.empty() || contracts::IsOff(database->max_size_mb, kNoSizeLimit)) {
     return result;
   }
   std::uint32_t total = SumOfTables(*database);
@@ -91,8 +91,8 @@ common::Error DataCleanup::EnforceSizeLimit(const DatabaseEntry* database) const
   // Measured once, and a failing table does not stop the others: the result is that of the last table that was trimmed.
   for (const auto* contract : database->contracts) {
     const std::uint32_t limit = cleanup::ReadLimitThroughFirst(contract, database->contracts.front());
-    if (!cleanup::IsOff(limit, kNoSizeLimit) && total != 0 && limit <= total) {
-      result = TrimTable(contract, cleanup::TrimFactor(total, limit, trimMarginPercent));
+    if (!contracts::IsOff(limit, kNoSizeLimit) && total != 0 && limit <= total) {
+      result = TrimTable(contract, contracts::TrimFactor(total, limit, trimMarginPercent));
     }
   }
   cleanup::ClearNoSuchTableError(result);

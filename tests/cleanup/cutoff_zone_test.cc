@@ -2,7 +2,7 @@
 
 #include "cleanup/data_cleanup.h"
 #include "cleanup/engine_fixture.h"
-#include "cleanup/rules.h"
+#include "contracts/rules.h"
 #include "support/fake_clock.h"
 #include "support/local_zone.h"
 #include "support/statement_log.h"
@@ -14,7 +14,7 @@ class CutoffInZone : public EngineTest, public testing::WithParamInterface<const
 
 TEST_P(CutoffInZone, IsUtc) {
   const LocalZone zone(GetParam());
-  EXPECT_EQ(telemetry::cleanup::CutoffText(FakeClock::kStart), "2024-05-02T00:00:00+00:00");
+  EXPECT_EQ(telemetry::contracts::CutoffText(FakeClock::kStart), "2024-05-02T00:00:00+00:00");
 }
 
 TEST_P(CutoffInZone, IsSentInUtc) {

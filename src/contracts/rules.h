@@ -6,9 +6,10 @@
 #include <string>
 #include <vector>
 
-// The rules of the engine as pure functions: what they need, the time included, they are given.
+// What the limits of the contracts mean, as pure functions: what they need, the time included, they are given. The
+// engine acts by them, and hosts foresee with them what it will do.
 
-namespace corvo::telemetry::cleanup {
+namespace corvo::telemetry::contracts {
 
 /// Whether the value of an option is one of those that switch its rule off.
 [[nodiscard]] bool IsOff(std::uint32_t value, const std::vector<std::uint32_t>& off_values);
@@ -39,4 +40,4 @@ namespace corvo::telemetry::cleanup {
 /// How many of `count` rows the factor takes: at least one.
 [[nodiscard]] std::uint32_t RowsToTrim(std::uint32_t count, double factor);
 
-}  // namespace corvo::telemetry::cleanup
+}  // namespace corvo::telemetry::contracts

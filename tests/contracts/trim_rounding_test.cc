@@ -2,9 +2,9 @@
 
 #include <ostream>
 
-#include "cleanup/rules.h"
+#include "contracts/rules.h"
 
-namespace corvo::telemetry::cleanup {
+namespace corvo::telemetry::contracts {
 namespace {
 
 struct RoundingCase {
@@ -31,4 +31,4 @@ INSTANTIATE_TEST_SUITE_P(Sizes, TrimRounding,
                          [](const auto& test_case) { return test_case.param.name; });
 
 }  // namespace
-}  // namespace corvo::telemetry::cleanup
+}  // namespace corvo::telemetry::contracts

@@ -1,4 +1,4 @@
-#include "cleanup/rules.h"
+#include "contracts/rules.h"
 
 #include <algorithm>
 #include <chrono>
@@ -6,7 +6,7 @@
 
 #include "common/timestamp.h"
 
-namespace corvo::telemetry::cleanup {
+namespace corvo::telemetry::contracts {
 namespace {
 
 // Deliberately 32 bits wide: products and sums wrap.
@@ -93,4 +93,4 @@ std::uint32_t RowsToTrim(std::uint32_t count, double factor) {
   return static_cast<std::uint32_t>(std::max(rows, 1));
 }
 
-}  // namespace corvo::telemetry::cleanup
+}  // namespace corvo::telemetry::contracts

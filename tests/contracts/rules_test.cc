@@ -1,4 +1,4 @@
-#include "cleanup/rules.h"
+#include "contracts/rules.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include "support/case_name.h"
 #include "support/fake_clock.h"
 
-namespace corvo::telemetry::cleanup {
+namespace corvo::telemetry::contracts {
 namespace {
 
 constexpr std::int64_t kNow = test::FakeClock::kStart;
@@ -186,4 +186,4 @@ INSTANTIATE_TEST_SUITE_P(
     test::CaseName());
 
 }  // namespace
-}  // namespace corvo::telemetry::cleanup
+}  // namespace corvo::telemetry::contracts
