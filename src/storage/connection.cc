@@ -7,8 +7,10 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "common/text.h"
+#include "storage/copy.h"
 #include "storage/failure.h"
 #include "storage/soundness.h"
 #include "storage/statement_end.h"
@@ -90,6 +92,16 @@ class TrustedSchema {
 
 bool NeedsTrust(const Error& error) { return error.what.starts_with("unsafe use of virtual table"); }
 
+/// The characters that mean something in a URI are escaped (https://www.sqlite.org/uri.html).
+std::string ImmutableUri(const std::string& file) {
+  std::string uri = file.starts_with('/') ? "file://" : "file:///";
+  for (const char letter : file) {
+    const bool special = letter == '%' || letter == '?' || letter == '#';
+    uri += special ? (letter == '%' ? "%25" : letter == '?' ? "%3f" : "%23") : std::string(1, letter);
+  }
+  return uri + "?immutable=1";
+}
+
 Error Interrupted() { return Failure(ResultCode::kInterrupt, "by the host"); }
 
 int Milliseconds(milliseconds time) {
@@ -122,14 +134,35 @@ Error Connection::Open(const std::string& name) {
   if (Error error = CheckDatabaseFile(path_, file); error.Failed()) {
     return error;
   }
+  files_.read_only = options_.read_only;
+  const int access = options_.read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+  return OpenHandle(telemetry::common::Utf8(file), access);
+}
+
+Error Connection::OpenHandle(const std::string& name, int flags) {
   const FileGuard guard(files_);
-  constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW;
-  if (sqlite3_open_v2(telemetry::common::Utf8(file).c_str(), &handle_, kFlags, GuardedVfs()) != SQLITE_OK) {
+  constexpr int kFlags = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW;
+  if (sqlite3_open_v2(name.c_str(), &handle_, flags | kFlags, GuardedVfs()) != SQLITE_OK) {
     return Failure(handle_);
   }
   sqlite3_busy_timeout(handle_, Milliseconds(options_.busy_timeout));
   sqlite3_set_authorizer(handle_, &Connection::NoteChangedTable, this);
   return SetConnectionOptions(handle_, options_.triggers_and_views);
+}
+
+// Reading a database in write-ahead mode would make a log, and leave it behind. Without one nobody has the database
+// open, and it can be read as if it never changed (https://www.sqlite.org/uri.html#uriimmutable); whether it did is
+// seen afterwards.
+Error Connection::OpenUnlocked() {
+  sqlite3_close(std::exchange(handle_, nullptr));
+  files_.log_missing = false;
+  unlocked_ = LookAt(files_.database.c_str());
+  return OpenHandle(ImmutableUri(files_.database), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+}
+
+bool Connection::HasChangedUnlocked() const {
+  return unlocked_ && (!LookAt(files_.database.c_str()).IsUnchanged(*unlocked_) ||
+                       LookAt((files_.database + "-wal").c_str()).kind != FileState::Kind::kMissing);
 }
 
 int Connection::NoteChangedTable(void* connection, int action, const char* table, const char* /*unused*/,
@@ -168,25 +201,47 @@ Error Connection::Run(const std::string& sql, const Parameters& parameters, Rows
 
 Error Connection::RunUnseen(const std::string& sql, const Parameters& parameters, Rows& results) noexcept {
   results = Rows();
+  return Guarded([&] { return RunChecked(sql, parameters, results); });
+}
+
+Error Connection::CopyTo(const std::string& file) noexcept {
+  return Guarded([&] {
+    Error error = PrepareSchemaOnce();
+    return error.Failed() ? error : CopyDatabase(handle_, file);
+  });
+}
+
+template <class Work>
+Error Connection::Guarded(const Work& work) noexcept {
   try {
     if (open_error_.Failed()) {
       return open_error_;
     }
     const FileGuard guard(files_);
-    files_.refusal = nullptr;
-    const Interruptible interruptible(handle_);
-    const Deadline deadline(handle_, options_.statement_time_limit);
-    Error result = StatementsInterrupted() ? Interrupted() : RunChecked(sql, parameters, results);
-    if (IsBusy(result) && StatementsInterrupted()) {
-      return Interrupted();
+    Error result = Once(work);
+    if (result.Failed() && files_.log_missing) {
+      result = OpenUnlocked();
+      result = result.Failed() ? result : Once(work);
     }
-    // A journal that a collector replaces meanwhile is refused as well, and asked for again until the lock is free.
-    return result.Failed() && !IsBusy(result) && files_.refusal != nullptr
-               ? Failure(ResultCode::kCannotOpen, path_ + files_.suffix + ": " + files_.refusal)
-               : result;
+    return HasChangedUnlocked() ? Failure(ResultCode::kBusy, "somebody began to write while it was read") : result;
   } catch (...) {
     return telemetry::common::MakeErrorFromException(std::current_exception());
   }
+}
+
+template <class Work>
+Error Connection::Once(const Work& work) {
+  files_.refusal = nullptr;
+  const Interruptible interruptible(handle_);
+  const Deadline deadline(handle_, options_.statement_time_limit);
+  Error result = StatementsInterrupted() ? Interrupted() : work();
+  if (IsBusy(result) && StatementsInterrupted()) {
+    return Interrupted();
+  }
+  // A journal that a collector replaces meanwhile is refused as well, and asked for again until the lock is free.
+  return result.Failed() && !IsBusy(result) && files_.refusal != nullptr
+             ? Failure(ResultCode::kCannotOpen, path_ + files_.suffix + ": " + files_.refusal)
+             : result;
 }
 
 Error Connection::RunChecked(const std::string& sql, const Parameters& parameters, Rows& results) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -28,10 +29,20 @@ class Connection {
   [[nodiscard]] telemetry::common::Error Run(const std::string& sql, const Parameters& parameters,
                                              Rows& results) noexcept;
 
+  /// Copies the database to a new file, see `TelemetryStorage::CopyTo`. Not in the sight of the observer.
+  [[nodiscard]] telemetry::common::Error CopyTo(const std::string& file) noexcept;
+
  private:
   using Error = telemetry::common::Error;
 
+  template <class Work>
+  [[nodiscard]] Error Guarded(const Work& work) noexcept;
+  template <class Work>
+  [[nodiscard]] Error Once(const Work& work);
   [[nodiscard]] Error Open(const std::string& name);
+  [[nodiscard]] Error OpenHandle(const std::string& name, int flags);
+  [[nodiscard]] Error OpenUnlocked();
+  [[nodiscard]] bool HasChangedUnlocked() const;
   [[nodiscard]] Error RunUnseen(const std::string& sql, const Parameters& parameters, Rows& results) noexcept;
   [[nodiscard]] Error RunChecked(const std::string& sql, const Parameters& parameters, Rows& results);
   [[nodiscard]] Error RunWrite(sqlite3_stmt* statement, const Parameters& parameters, Rows& results);
@@ -49,6 +60,7 @@ class Connection {
   sqlite3* handle_ = nullptr;
   Error open_error_;
   bool schema_prepared_ = false;
+  std::optional<FileState> unlocked_;     ///< as it was opened to be read without locks
   std::set<std::string> changed_tables_;  ///< that the statement itself names, not its triggers
 };
 

@@ -26,6 +26,7 @@ Error Refusal(int code, const std::filesystem::path& path, const std::string& re
 constexpr const char* kNotRegular = "not a regular file";
 constexpr const char* kLinked = "a file with several links";
 constexpr const char* kSwapped = "replaced while it was opened";
+constexpr const char* kNoIndex = "a log without its index, which a program that may write has to make first";
 constexpr const char* kForeign = "no other file may be opened beside it";
 constexpr const char* kSeveralDatabases =
     "its journal belongs to a transaction over several databases, which must not be undone in one of them alone";
@@ -140,6 +141,21 @@ const char* FaultOfWalIndex(int flags) {
   return (flags & SQLITE_OPEN_WAL) != 0 ? Fault(LookAt((FilesOfThread()->database + "-shm").c_str()), true) : nullptr;
 }
 
+/// Whether the log would have to be made for somebody who only reads.
+bool LacksLog(const char* name, int flags) {
+  const bool missing =
+      (flags & SQLITE_OPEN_WAL) != 0 && FilesOfThread()->read_only && GlanceAt(name).kind == FileState::Kind::kMissing;
+  FilesOfThread()->log_missing = FilesOfThread()->log_missing || missing;
+  return missing;
+}
+
+/// Whether the log's index would have to be made for somebody who only reads: the log is that of a program that was
+/// killed.
+bool LacksIndex(int flags) {
+  return (flags & SQLITE_OPEN_WAL) != 0 && FilesOfThread()->read_only &&
+         GlanceAt((FilesOfThread()->database + "-shm").c_str()).kind == FileState::Kind::kMissing;
+}
+
 int OpenNamed(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* out_flags) {
   ConnectionFiles* const current = FilesOfThread();
   if (current != nullptr && current->database.empty() && (flags & SQLITE_OPEN_MAIN_DB) != 0) {
@@ -150,6 +166,12 @@ int OpenNamed(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags,
   }
   if (!IsDatabase(name) && !IsSideFile(name)) {
     return Refuse(kForeign, SQLITE_CANTOPEN);
+  }
+  if (LacksLog(name, flags)) {
+    return SQLITE_CANTOPEN;
+  }
+  if (LacksIndex(flags)) {
+    return Refuse(kNoIndex, SQLITE_CANTOPEN, "-wal");
   }
   if (const char* fault = FaultOfWalIndex(flags); fault != nullptr) {
     return Refuse(fault, SQLITE_CANTOPEN, "-shm");

@@ -62,6 +62,8 @@ struct ConnectionFiles {
   std::string database;           ///< as SQLite names it; set by the first file that is opened
   const char* refusal = nullptr;  ///< why a file was refused, a text that lives for ever; null when none was
   const char* suffix = "";        ///< which side file it was; empty for the database itself
+  bool read_only = false;         ///< no side file is made
+  bool log_missing = false;       ///< a write-ahead log was needed and is not there; only for reading
 };
 
 /// Makes `files` those of the connection that this thread works on for as long as the object lives.

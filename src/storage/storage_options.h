@@ -40,6 +40,15 @@ struct StorageOptions {
   /// itself.
   bool check_soundness = true;
 
+  /// Whether files are opened for reading only: nothing is written to them or beside them, but for the marks of readers
+  /// in the index of a write-ahead log that is there already. A statement that would write fails (`IsReadOnly`). Works
+  /// in a directory that must not be written. For a host that only looks, also while collectors write. Off by default.
+  ///
+  /// A database in write-ahead mode without a log is read without locks, as nobody has it open; should somebody begin
+  /// to write in that moment, the statement is `IsBusy`. A log that a killed program left behind without its index
+  /// cannot be read so (`IsCannotOpen`).
+  bool read_only = false;
+
   /// Whether triggers and views of the file work, as SQLite has them. On by default: honest databases keep full-text
   /// indexes by triggers. Off, nothing is changed but what a statement names, and such indexes go stale.
   bool triggers_and_views = true;

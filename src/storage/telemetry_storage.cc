@@ -120,4 +120,9 @@ Error TelemetryStorage::Execute(ICommand** commands, const int& count, const boo
   return state_->last_error;
 }
 
+Error TelemetryStorage::CopyTo(const char* file) {
+  state_->last_error = state_->connection.CopyTo(file);
+  return state_->last_error;
+}
+
 }  // namespace corvo::shared

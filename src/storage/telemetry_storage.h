@@ -57,6 +57,14 @@ class CORVO_STORAGE_API TelemetryStorage {
   /// Takes ownership of all of them, run or not; the list itself stays the caller's.
   corvo::telemetry::common::Error Execute(ICommand** commands, const int& count, const bool& flag);
 
+  /// Copies the database as it stands, page by page, to a new file: what others write meanwhile is in it as a whole or
+  /// not at all (https://www.sqlite.org/backup.html). Waits for locks as statements do, and ends with them when they
+  /// are interrupted. The copy is not forced to the disk. Damage is copied as well.
+  ///
+  /// @param file path of the copy, in UTF-8; where no file is yet, in a directory that nobody else may write.
+  /// @return success, or a failure as of a statement; then there may be a part of the copy.
+  corvo::telemetry::common::Error CopyTo(const char* file);
+
  private:
   struct State;
   std::unique_ptr<State> state_;
