@@ -28,9 +28,16 @@ def main(schemas, program):
     with tempfile.TemporaryDirectory() as data:
         documents = [
             ("contracts", ["contracts"]),
+            ("lint", ["contracts", "--lint"]),
             ("generate", ["generate", "--data-dir", data, "--scale", "0.01"]),
             ("run", ["generate", "--data-dir", data]),
+            ("status", ["status", "--data-dir", data]),
+            ("report", ["report", "--data-dir", data, "--html", data + "/page.html"]),
             ("run", ["run", "--data-dir", data]),
+            ("verify", ["verify", "--data-dir", data]),
+            ("history", ["history", "--data-dir", data]),
+            ("explain", ["explain", "CollectorCache", "--data-dir", data]),
+            ("print", ["print", "CollectorCache", "--data-dir", data]),
             ("run", ["bogus"]),
             ("text", ["run", "--help"]),
             ("text", ["--version"]),

@@ -59,7 +59,10 @@ INSTANTIATE_TEST_SUITE_P(
         Words{"run", "--data-dir", "DIR", "--wait", "86401"},
         Words{"run", "--data-dir", "DIR", "--database", "Nothing"}, Words{"run", "--data-dir", "DIR", "--database", ""},
         Words{"run", "--data-dir", "DIR", "--log-level", ""}, Words{"run", "generate"}, Words{"run", "--"},
-        Words{"run", "++"}, Words{"contracts", "--data-dir", "DIR"}));
+        Words{"run", "++"}, Words{"contracts", "--data-dir", "DIR"},
+        Words{"generate", "--data-dir", "DIR", "--live", "0"}, Words{"generate", "--data-dir", "DIR", "--rate", "5"},
+        Words{"print"}, Words{"print", "Nothing"}, Words{"print", "Device", "--limit", "0"},
+        Words{"print", "Device", "--format", "xml"}, Words{"print", "Device", "PowerEvents"}));
 
 struct Mistake {
   Words words;
@@ -76,12 +79,19 @@ TEST_P(MistakenWords, AreNamedWithWhatWasMeant) {
 INSTANTIATE_TEST_SUITE_P(
     All, MistakenWords,
     testing::Values(
-        Mistake{{}, "name a command: contracts, generate, run"},
-        Mistake{{"bogus"}, "there is no command bogus; commands are contracts, generate, run"},
-        Mistake{{"bogus", "--help"}, "there is no command bogus; commands are contracts, generate, run"},
+        Mistake{{}, "name a command: contracts, explain, generate, history, plan, print, report, run, status, verify"},
+        Mistake{{"bogus"},
+                "there is no command bogus; commands are contracts, explain, generate, history, plan, print, report, "
+                "run, status, verify"},
+        Mistake{{"bogus", "--help"},
+                "there is no command bogus; commands are contracts, explain, generate, history, plan, print, report, "
+                "run, status, verify"},
         Mistake{{"Generat"},
-                "there is no command Generat (did you mean generate?); commands are contracts, generate, run"},
-        Mistake{{""}, "there is no command \"\"; commands are contracts, generate, run"},
+                "there is no command Generat (did you mean generate?); commands are contracts, explain, generate, "
+                "history, plan, print, report, run, status, verify"},
+        Mistake{{""},
+                "there is no command \"\"; commands are contracts, explain, generate, history, plan, print, report, "
+                "run, status, verify"},
         Mistake{{"run", "all"}, "run takes options only, and all is none"},
         Mistake{{"run", "--jsn"}, "run has no option --jsn (did you mean --json?)"},
         Mistake{{"run", "--pases=3"}, "run has no option --pases (did you mean --passes?)"},
@@ -148,16 +158,26 @@ TEST_P(Help, NamesEveryOption) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, Help,
-                         testing::Values(Words{"generate", "data-dir", "seed", "scale", "days", "now", "force", "json"},
+                         testing::Values(Words{"generate", "data-dir", "seed", "scale", "days", "now", "force", "json",
+                                               "live", "rate", "no-color"},
+                                         Words{"print", "data-dir", "oldest", "limit", "format", "time-limit", "json"},
                                          Words{"run", "data-dir", "plugin", "passes", "json", "log-level", "log-file",
                                                "time-limit", "memory-limit", "busy-timeout", "keep-going", "database",
-                                               "wait", "quiet", "trust-directory"},
-                                         Words{"contracts", "json"}));
+                                               "wait", "quiet", "trust-directory", "dry-run", "max-loss", "force"},
+                                         Words{"plan", "data-dir", "plugin", "exit-code", "database", "keep-going",
+                                               "json"},
+                                         Words{"explain", "rowid", "data-dir", "busy-timeout", "json"},
+                                         Words{"report", "html", "of", "data-dir", "database", "plugin", "time-limit",
+                                               "memory-limit", "busy-timeout", "json"},
+                                         Words{"verify", "data-dir", "database", "busy-timeout", "json"},
+                                         Words{"history", "data-dir", "limit", "json"},
+                                         Words{"status", "data-dir", "all", "check", "database", "json"},
+                                         Words{"contracts", "lint", "json"}));
 
 TEST(Help, OfTheProgramNamesCommandsAndExitCodes) {
   const HostRun run = RunHost({"--help"});
   EXPECT_EQ(run.exit_code, 0);
-  for (const char* word : {"generate", "run", "contracts", "3 kept for findings", "10 no data directory",
+  for (const char* word : {"generate", "run", "contracts", "3 something was found", "10 no data directory",
                            "11 another run", "12 module not loadable", "130 / 143 interrupted"}) {
     EXPECT_THAT(run.out, HasSubstr(word));
   }
@@ -167,6 +187,14 @@ TEST(Help, IsADocumentWhenJsonIsAskedFor) {
   const HostRun run = RunHost({"run", "--json", "--help"});
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_THAT(run.Json()["text"].get<std::string>(), HasSubstr("--data-dir"));
+}
+
+TEST(Help, OfTheProgramBeginsWithExamples) {
+  const std::string help = RunHost({"--help"}).out;
+  EXPECT_LT(help.find("corvo-telemetry-host generate --data-dir try"), help.find("Usage:"));
+  for (const char* words : {"generate", "status", "plan", "run", "verify"}) {
+    EXPECT_THAT(help, HasSubstr("  corvo-telemetry-host " + std::string(words) + " --data-dir try"));
+  }
 }
 
 TEST(Output, ThatIsLostIsAFailure) {

@@ -11,8 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const Answer kHoldsDatabases = {2, "already holds databases"};
-
 /// A user without the rights over all files that root has: root without them, or whoever runs the tests.
 std::vector<std::string> AsOrdinaryUser() {
   if (geteuid() != 0) {
@@ -51,47 +49,98 @@ void MoveFarAway(const std::string& data) {
   fs::create_directory_symlink(far / "data", data);
 }
 
-Condition Mode(const char* name, const char* what, mode_t mode, const Answer& run, const Answer& generate) {
-  return {name,
-          [what, mode](const std::string& data) {
-            Fill(data);
-            ASSERT_EQ(chmod((data + what).c_str(), mode), 0);
-          },
-          run,
-          generate,
-          {0, "CollectorCache"},
-          AsOrdinaryUser()};
+void Close(const std::string& file, mode_t mode) { ASSERT_EQ(chmod(file.c_str(), mode), 0); }
+
+/// Databases of which one, or the directory, has a mode; seen by a user whom modes bind.
+Condition Mode(const char* name, const char* what, mode_t mode, const Answers& answers) {
+  return {.name = name,
+          .prepare =
+              [what, mode](const std::string& data) {
+                Fill(data);
+                Close(data + what, mode);
+              },
+          .answers = answers,
+          .through = AsOrdinaryUser(),
+          .table = "BatteryStatus"};
 }
+
+void UseHostileNames(const std::string& data) {
+  Fill(data);
+  Database(data + "/Cache.db")
+      .Run(
+          "DROP TABLE CollectorCache; CREATE TABLE CollectorCache (stamp TEXT); "
+          "CREATE TABLE \"\x1b[2J\" (time TEXT)");
+  fs::create_directory(data + "/\x1b[31mred.db");
+}
+
+const Answers kUnreadable = {{"explain", {1, "cannot be explained: permission denied"}},
+                             {"plan", {1, "not cleaned: HealthLog (permission denied)"}},
+                             {"report", {1, "permission denied"}},
+                             {"run", {1, "not cleaned: HealthLog (permission denied)"}},
+                             {"status", {1, "HealthLog cannot be read: permission denied"}},
+                             {"verify", {3, "cannot be looked at: permission denied"}}};
+
+const Answers kReadOnlyDatabase = {{"plan", {1, "not cleaned: HealthLog (permission denied)"}},
+                                   {"run", {1, "not cleaned: HealthLog (permission denied)"}}};
+
+const Answers kReadOnlyDirectory = {{"plan", {1, "nothing may be written in its folder"}},
+                                    {"run", {10, "ermission denied"}}};
+
+/// By every command that works on the directory.
+Answers Denied() {
+  Answers answers = {{"generate", {2, "ermission denied"}}};
+  for (const char* command : {"explain", "history", "plan", "print", "report", "run", "status", "verify"}) {
+    answers[command] = {10, "ermission denied"};
+  }
+  return answers;
+}
+
+/// Root reads what belongs to others, but does not clean it; others are shown a directory of root's without databases.
+Answers Foreign() {
+  if (geteuid() == 0) {
+    return {{"run", {10, "belongs to another user"}}};
+  }
+  return {{"explain", {0, "has no file yet"}}, {"generate", {2, "ermission denied"}},
+          {"plan", {0, "Nothing to clean"}},   {"print", {1, "there is no Cache.db"}},
+          {"run", {10, "ermission denied"}},   {"status", {0, "Nothing to show"}},
+          {"verify", {0, "Nothing to verify"}}};
+}
+
+const Answers kPathTooLong = {{"explain", {1, "its path is too long for SQLite"}},
+                              {"plan", {1, "too long for SQLite"}},
+                              {"print", {1, "too long for SQLite"}},
+                              {"report", {1, "too long for SQLite"}},
+                              {"run", {1, "too long for SQLite"}},
+                              {"status", {1, "HealthLog cannot be read: its path is too long for SQLite"}},
+                              {"verify", {1, "cannot be looked at: its path is too long for SQLite"}}};
+
+const Answers kHostileNames = {{"explain", {1, "cannot be explained: CollectorCache has no column time"}},
+                               {"plan", {1, "not cleaned: Cache (CollectorCache has no column time)"}},
+                               {"print", {0, "no rows"}},
+                               {"run", {1, "not cleaned: Cache (CollectorCache has no column time)"}},
+                               {"status", {0, "Cache is left alone by runs: CollectorCache has no column time"}}};
+
+const Answers kFullDisk = {
+    {"plan", {1, "not cleaned: "}}, {"report", {1, "cannot write the page"}}, {"run", {1, "not cleaned: "}}};
+
+/// Nobody can read an answer, so the exit code alone tells.
+const Answers kMute = {{"contracts", {1, ""}}, {"explain", {1, ""}}, {"generate", {2, ""}}, {"history", {1, ""}},
+                       {"plan", {1, ""}},      {"print", {1, ""}},   {"report", {1, ""}},   {"run", {1, ""}},
+                       {"status", {1, ""}},    {"verify", {3, ""}}};
 
 INSTANTIATE_TEST_SUITE_P(
     Posix, EachCommand,
-    testing::Values(
-        Mode("UnreadableDatabase", "/HealthLog.db", 0, {1, "not cleaned: HealthLog (permission denied)"},
-             kHoldsDatabases),
-        Mode("ReadOnlyDatabase", "/HealthLog.db", 0444, {1, "not cleaned: HealthLog (permission denied)"},
-             kHoldsDatabases),
-        Mode("ReadOnlyDirectory", "", 0555, {10, "ermission denied"}, kHoldsDatabases),
-        Mode("DirectoryWithoutPermission", "", 0, {10, "ermission denied"}, {2, "ermission denied"}),
-        Condition{"ForeignDirectory",
-                  &GiveAway,
-                  {10, geteuid() == 0 ? "belongs to another user" : "ermission denied"},
-                  {2, geteuid() == 0 ? "already holds databases" : "ermission denied"}},
-        Condition{"PathTooLongForSqlite", &MoveFarAway, {1, "too long for SQLite"}, kHoldsDatabases},
-        Condition{"HostileNames",
-                  [](const std::string& data) {
-                    Fill(data);
-                    Database(data + "/Cache.db")
-                        .Run(
-                            "DROP TABLE CollectorCache; CREATE TABLE CollectorCache (stamp TEXT); "
-                            "CREATE TABLE \"\x1b[2J\" (time TEXT)");
-                    fs::create_directory(data + "/\x1b[31mred.db");
-                  },
-                  {1, "not cleaned: Cache (CollectorCache has no column time)"},
-                  kHoldsDatabases},
-        Condition{
-            "FullDisk", &Fill, {1, "not cleaned: "}, kHoldsDatabases, {0, "CollectorCache"}, Shell("ulimit -f 100")},
-        Condition{"ClosedStreams", &Fill, {1, ""}, {2, ""}, {1, ""}, Shell("exec >&- 2>&-")}),
-    NameOfCondition);
+    testing::Combine(testing::Values(Mode("UnreadableDatabase", "/HealthLog.db", 0, kUnreadable),
+                                     Mode("ReadOnlyDatabase", "/HealthLog.db", 0444, kReadOnlyDatabase),
+                                     Mode("ReadOnlyDirectory", "", 0555, kReadOnlyDirectory),
+                                     Mode("DirectoryWithoutPermission", "", 0, Denied()),
+                                     Condition{"ForeignDirectory", &GiveAway, Foreign()},
+                                     Condition{"PathTooLongForSqlite", &MoveFarAway, kPathTooLong},
+                                     Condition{"HostileNames", &UseHostileNames, kHostileNames},
+                                     Condition{"FullDisk", &Fill, kFullDisk, Shell("ulimit -f 100")},
+                                     Condition{"ClosedStreams", &Fill, kMute, Shell("exec >&- 2>&-")}),
+                     testing::ValuesIn(Commands())),
+    NameOfCase);
 
 }  // namespace
 }  // namespace corvo::test

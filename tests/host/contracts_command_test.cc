@@ -53,5 +53,16 @@ TEST(ContractsCommand, ShowsOneLineForEachContract) {
   }
 }
 
+TEST(ContractsCommand, FindsNothingDoubtfulInTheCatalogue) {
+  const HostRun run = RunHost({"contracts", "--lint"});
+  EXPECT_EQ(run.exit_code, 0);
+  EXPECT_EQ(run.out, "Nothing doubtful: " + std::to_string(contracts::ContractCatalogue().size()) + " tables in " +
+                         std::to_string(contracts::DatabaseCatalogue().size()) + " databases\n");
+  const HostRun document = RunHost({"contracts", "--lint", "--json"});
+  EXPECT_EQ(document.exit_code, 0);
+  EXPECT_EQ(document.Json()["kind"], "lint");
+  EXPECT_EQ(document.Json()["findings"], nlohmann::json::array());
+}
+
 }  // namespace
 }  // namespace corvo::test

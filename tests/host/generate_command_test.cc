@@ -6,6 +6,7 @@
 
 #include "host/facts/catalogue_view.h"
 #include "host/host_process.h"
+#include "host/platform/instance_lock.h"
 #include "support/database.h"
 #include "support/temp_dir.h"
 
@@ -106,6 +107,17 @@ TEST_F(GenerateCommand, ReplacesTheCataloguesDatabasesAndNoOthersWhenForced) {
   EXPECT_EQ(Database(fs::path(data_) / "Other.db").Count("T"), 0);
   EXPECT_EQ(Database(fs::path(data_) / "Cache.db").Number("SELECT COUNT(*) FROM sqlite_master WHERE name='Old'"), 0);
   EXPECT_FALSE(fs::exists(fs::path(data_) / "Cache.db-journal"));
+}
+
+TEST_F(GenerateCommand, ReplacesNothingWhileARunIsAtWork) {
+  fs::create_directory(data_);
+  Database(fs::path(data_) / "Cache.db").Run("CREATE TABLE Old (a)");
+  std::string holder;
+  const auto lock = telemetry::host::InstanceLock::TryTake(data_, holder);
+  const HostRun run = Generate({"--force"});
+  EXPECT_EQ(run.exit_code, 11);
+  EXPECT_THAT(run.err, testing::HasSubstr("nothing was generated: a run is at work in "));
+  EXPECT_EQ(Database(fs::path(data_) / "Cache.db").Count("Old"), 0);
 }
 
 TEST_F(GenerateCommand, CannotMakeADirectoryWhereAFileIs) {

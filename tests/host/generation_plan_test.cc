@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "host/samples/row_source.h"
-#include "host/samples/time_text.h"
+#include "host/show/time_text.h"
 
 namespace corvo::telemetry::host {
 namespace {

@@ -14,6 +14,10 @@ constexpr std::array<std::pair<const char*, const char*>, 4> kKinds = {
     {{"result", "run"}, {"contracts", "contracts"}, {"left_out", "generate"}, {"text", "text"}}};
 
 JsonSchema SchemaOf(const nlohmann::json& document) {
+  if (document.contains("kind")) {
+    return JsonSchema::FromFile(std::string(CORVO_SCHEMA_DIR) + "/" + document["kind"].get<std::string>() +
+                                ".schema.json");
+  }
   for (const auto& [member, schema] : kKinds) {
     if (document.contains(member)) {
       return JsonSchema::FromFile(std::string(CORVO_SCHEMA_DIR) + "/" + schema + ".schema.json");

@@ -6,7 +6,7 @@
 
 #include "host/host_process.h"
 #include "host/report_samples.h"
-#include "host/show/run_json.h"
+#include "host/show/run/run_json.h"
 #include "support/temp_dir.h"
 
 namespace corvo::test {

@@ -22,7 +22,7 @@ class LookAt : public testing::Test {
 
   [[nodiscard]] DatabaseReport Look() const {
     const DatabaseView database{.type = "", .name = "HealthLog", .database = "HealthLog", .max_size_mb = 100};
-    return LookAtDatabase(database, {contract_}, {folder_.Path(), folder_.Path()});
+    return LookAtDatabase(database, {contract_}, folder_.Path(), {folder_.Path(), folder_.Path()});
   }
 
   void ExpectProblem(Kind kind, const std::string& reason) const {
@@ -90,7 +90,8 @@ TEST_F(LookAt, FindsASideFileThatIsNoFile) {
 TEST_F(LookAt, AsksForRoomInBothPlaces) {
   Create("CREATE TABLE Boot (time TEXT)");
   const DatabaseView database{.type = "", .name = "HealthLog", .database = "HealthLog", .max_size_mb = 100};
-  const DatabaseReport report = LookAtDatabase(database, {contract_}, {folder_.Path(), folder_.Path() / "missing"});
+  const DatabaseReport report =
+      LookAtDatabase(database, {contract_}, folder_.Path(), {folder_.Path(), folder_.Path() / "missing"});
   EXPECT_FALSE(report.problem.has_value()) << "what cannot be asked is no reason";
 }
 

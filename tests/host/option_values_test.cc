@@ -1,4 +1,4 @@
-#include "host/cli/option_values.h"
+#include "host/cli/words/option_values.h"
 
 #include <gmock/gmock.h>
 

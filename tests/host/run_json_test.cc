@@ -1,4 +1,4 @@
-#include "host/show/run_json.h"
+#include "host/show/run/run_json.h"
 
 #include <gmock/gmock.h>
 
@@ -15,20 +15,21 @@ TEST(RunDocument, HoldsResultDatabasesPassesAndSeconds) {
     "databases": [{"name": "HealthLog", "path": "HealthLog.db", "bytes_before": 2000000, "bytes_after": 500000,
                    "tables": [{"table": "Boot", "rows_before": 1500, "rows_after": 500, "missing": false,
                                "deleted": {"expired": 900, "row_limit": 100, "size_limit": 0},
-                               "added_by_others": 0, "problem": null},
+                               "added_by_others": 0, "problem": null, "oldest_left": null, "seconds": 0.0},
                               {"table": "Sleep", "rows_before": null, "rows_after": null, "missing": true,
                                "deleted": {"expired": 0, "row_limit": 0, "size_limit": 0},
-                               "added_by_others": null, "problem": null},
+                               "added_by_others": null, "problem": null, "oldest_left": null, "seconds": 0.0},
                               {"table": "Drive", "rows_before": null, "rows_after": null, "missing": false,
                                "deleted": {"expired": 0, "row_limit": 0, "size_limit": 0},
-                               "added_by_others": null, "problem": "locked"}],
-                   "cleaned": true, "problem": null}],
+                               "added_by_others": null, "problem": "locked", "oldest_left": null, "seconds": 0.0}],
+                   "cleaned": true, "problem": null, "compaction_seconds": 0.0}],
     "seconds": 0.25,
     "data_directory": {"path": "data", "source": "--data-dir"},
     "cleaned": 1,
     "interrupted": false,
     "passes": [{"database": null, "result": {"category": "EC_NoError", "code": 0, "version": 3}, "rows_deleted": 1000,
-                "seconds": 0.25, "failed_database": null, "failed_statement": null, "advice": null}]})"));
+                "seconds": 0.25, "failed_database": null, "failed_statement": null, "advice": null}],
+    "planned": false})"));
 }
 
 TEST(RunDocument, AddsUpTheTimesOfAllPasses) {
@@ -76,7 +77,7 @@ TEST(RunDocument, OfARunThatDidNotBeginHasTheRecordAndNoDatabases) {
   EXPECT_EQ(Json::parse(RunDocument(error)), Json::parse(R"({"schema_version": 1,
                             "result": {"category": "EC_Custom", "code": 10, "version": 3, "what": "no such directory"},
                             "databases": [], "seconds": 0.0, "data_directory": null, "cleaned": 0,
-                            "interrupted": false, "passes": []})"));
+                            "interrupted": false, "passes": [], "planned": false})"));
 }
 
 TEST(ErrorJson, IsReadBackAsTheSameRecord) {

@@ -1,4 +1,4 @@
-#include "host/show/run_text.h"
+#include "host/show/run/run_text.h"
 
 #include <gmock/gmock.h>
 
@@ -27,6 +27,34 @@ TEST(RunText, ShowsEveryTableTheTotalsAndTheOutcome) {
             "Not there, which is no failure: Sleep\n"
             "LOST: the share of its rows that a table lost, where it is more than half\n"
             "Cleaned 1 database: 1,000 rows deleted, 1.5 MB freed in 0.2 s\n");
+}
+
+TEST(RunText, PutsSizesIntoATableOfTheirOwnWhereTheTerminalIsNarrow) {
+  EXPECT_EQ(RunText(test::SampleReport(), false, 100), RunText(test::SampleReport(), false));
+  EXPECT_THAT(RunText(test::SampleReport(), false, 80),
+              HasSubstr("DATABASE / TABLE   ROWS  EXPIRED  ROW LIM.  LEFT  LOST\n"
+                        "HealthLog         1,500      900       100   500\n"
+                        "  Boot            1,500      900       100   500  67 %\n"
+                        "  Sleep               -                        -\n"
+                        "  Drive               ?                        ?\n"
+                        "------------------------------------------------------\n"
+                        "Total             1,500      900       100   500\n"
+                        "\n"
+                        "DATABASE / TABLE  SIZE BEFORE  SIZE AFTER   FREED\n"
+                        "HealthLog              2.0 MB    500.0 kB  1.5 MB\n"
+                        "-------------------------------------------------\n"
+                        "Total                  2.0 MB    500.0 kB  1.5 MB\n"));
+}
+
+TEST(RunText, OfAPlanSaysWhatWouldBe) {
+  RunReport report = test::SampleReport();
+  report.planned = true;
+  report.databases[0].tables[0].oldest_left = 1'714'521'600;
+  const std::string text = RunText(report, false);
+  EXPECT_THAT(text, HasSubstr("data (--data-dir), planned on copies: nothing there was changed\n"));
+  EXPECT_THAT(text, HasSubstr("OLDEST LEFT"));
+  EXPECT_THAT(text, HasSubstr("2024-05-01"));
+  EXPECT_THAT(text, EndsWith("Would clean 1 database: 1,000 rows would go, 1.5 MB would be freed\n"));
 }
 
 TEST(RunText, SaysForEachOfSeveralPassesWhatItDid) {

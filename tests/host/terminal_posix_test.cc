@@ -2,6 +2,7 @@
 
 #include "host/facts/catalogue_view.h"
 #include "host/run_fixture.h"
+#include "support/database.h"
 #include "support/patterns.h"
 
 namespace corvo::test {
@@ -42,6 +43,32 @@ TEST_F(OnATerminal, OneLineOfProgressComesAndGoes) {
 TEST_F(OnATerminal, AFailureIsRed) {
   std::filesystem::resize_file(File("Cache.db"), 1000);
   EXPECT_THAT(RunThere().out, ContainsPattern("\x1b\\[31mCleaned 4 of 5 databases; not cleaned: Cache"));
+}
+
+TEST(NoColorOption, MayStandAnywhere) {
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"--no-color", "contracts"}, std::vector<std::string>{"contracts", "--no-color"}}) {
+    const HostRun run = RunHostOnTerminal(words, {"TERM=xterm", "NO_COLOR="});
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_THAT(run.out, Not(HasSubstr("\x1b")));
+  }
+  EXPECT_THAT(RunHostOnTerminal({"contracts"}, {"TERM=xterm", "NO_COLOR="}).out, HasSubstr("\x1b"));
+}
+
+class PrintOfHostileValues : public RunTest {};
+
+TEST_F(PrintOfHostileValues, LetsNoneSpeakToTheTerminal) {
+  std::filesystem::create_directory(data_);
+  Database(File("Cache.db"))
+      .Run(
+          "CREATE TABLE CollectorCache (time TEXT, \"na\x1b[2Jme\"); "
+          "INSERT INTO CollectorCache VALUES ('\x1b[31mred', 'x')");
+  for (const char* format : {"table", "jsonl", "csv"}) {
+    const HostRun run = RunHostOnTerminal({"print", "CollectorCache", "--data-dir", data_, "--format", format});
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_THAT(run.out, Not(HasSubstr("\x1b[31m")));
+    EXPECT_THAT(run.out, Not(HasSubstr("\x1b[2J")));
+  }
 }
 
 }  // namespace

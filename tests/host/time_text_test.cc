@@ -1,4 +1,4 @@
-#include "host/samples/time_text.h"
+#include "host/show/time_text.h"
 
 #include <gtest/gtest.h>
 

@@ -77,8 +77,8 @@ TEST(Storage, ExportsTheseFunctionsAndNoOther) {
           "StatementsInterrupted", "StatementObserver::~StatementObserver",
           "StatementObserverScope::StatementObserverScope", "StatementObserverScope::~StatementObserverScope",
           "StorageOptionsScope::StorageOptionsScope", "StorageOptionsScope::~StorageOptionsScope",
-          "TelemetryStorage::Execute", "TelemetryStorage::GetDataBaseName", "TelemetryStorage::GetDataBasePath",
-          "TelemetryStorage::GetLastError", "TelemetryStorage::TelemetryStorage",
+          "TelemetryStorage::CopyTo", "TelemetryStorage::Execute", "TelemetryStorage::GetDataBaseName",
+          "TelemetryStorage::GetDataBasePath", "TelemetryStorage::GetLastError", "TelemetryStorage::TelemetryStorage",
           "TelemetryStorage::~TelemetryStorage"));
 }
 

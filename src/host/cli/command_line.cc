@@ -1,22 +1,20 @@
 #include "host/cli/command_line.h"
 
 #include <fmt/core.h>
-#include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
-#include <limits>
 #include <sstream>
 #include <string_view>
+#include <utility>
+#include <vector>
 
-#include "host/cli/command_words.h"
 #include "host/cli/commands.h"
-#include "host/cli/option_values.h"
-#include "host/cli/wrong_usage.h"
-#include "host/pass/logging.h"
+#include "host/cli/words/command_words.h"
+#include "host/cli/words/wrong_usage.h"
+#include "host/platform/platform.h"
 #include "host/show/failure.h"
 #include "host/show/json_text.h"
 #include "host/show/standard_error.h"
@@ -25,118 +23,37 @@
 namespace corvo::telemetry::host {
 namespace {
 
-constexpr const char* kExitCodes =
-    "Exit codes: 0 all cleaned, or nothing to do; 1 something was not cleaned; 2 wrong usage; 3 kept for findings;\n"
-    "10 no data directory, or none that can be used; 11 another run is at work there; 12 module not loadable;\n"
-    "130 / 143 interrupted.";
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  corvo-telemetry-host generate --data-dir try               sample databases to try everything on\n"
+    "  corvo-telemetry-host status --data-dir try                 each database and table against its limits\n"
+    "  corvo-telemetry-host plan --data-dir try                   what a run would delete, and nothing deleted\n"
+    "  corvo-telemetry-host run --data-dir try                    clean them\n"
+    "  corvo-telemetry-host verify --data-dir try                 whether what the run promised holds\n"
+    "  corvo-telemetry-host explain BatteryStatus --data-dir try  why rows of a table go or stay\n"
+    "  corvo-telemetry-host print BatteryStatus --data-dir try    the newest rows of a table\n"
+    "  corvo-telemetry-host report --data-dir try --html try.html  all of it as a page for a browser\n"
+    "  corvo-telemetry-host generate --data-dir try --live 60     new rows for a minute, as collectors write them\n";
 
-constexpr const char* kJsonText = "Write one JSON document to standard output, whatever happens";
-
-struct Options {
-  GenerateOptions generate;
-  RunOptions run;
-};
-
-void AddGenerate(CLI::App& app, GenerateOptions& options) {
-  CLI::App& command = *app.add_subcommand("generate", "Write databases that give a pass something to do");
-  command.footer(
-      "Every table gets rows on both sides of its retention; some tables get more rows than their limit, one database\n"
-      "grows past its size limit, one table and one database are left out. The same --seed and --now give the same\n"
-      "content. What a generation that fails has begun is removed, and what it was to replace stays.");
-  AddText(command, {"--data-dir", "DIR", "Directory to write to; made when it is missing"}, options.data_dir)
-      .required();
-  AddNumber(command, {"--seed", "NUMBER", "Seed of all made-up values"}, options.seed, std::uint64_t{0},
-            std::numeric_limits<std::uint64_t>::max());
-  AddNumber(command, {"--scale", "FACTOR", "Factor on the number of rows of every table"}, options.scale, 0.001,
-            1000.0);
-  AddNumber(command, {"--days", "DAYS", "Spread all rows over this many days, whatever the retentions"}, options.days,
-            std::uint32_t{1}, std::uint32_t{36'500});
-  AddText(command, {"--now", "DAY", "Day (UTC, 2024-05-01) at whose start the rows end; today when not given"},
-          options.now);
-  command.add_flag("--force", options.force, "Replace the databases of the catalogue when there are any");
-  command.add_flag("--json", options.json, kJsonText);
-}
-
-void AddWhatToClean(CLI::App& command, RunOptions& options) {
-  AddText(command,
-          {"--data-dir", "DIR",
-           "Directory that holds the databases; CORVO_TELEMETRY_DATA_DIR, else the platform's, when not given"},
-          options.data_dir);
-  AddDatabases(command, {"--database", "NAME", "Clean this database alone; several times for several"},
-               options.databases);
-  AddText(command, {"--plugin", "FILE", "Module to load; the one that belongs to this program when not given"},
-          options.plugin);
-  AddNumber(command, {"--passes", "NUMBER", "Number of passes, one after the other in this process"}, options.passes, 1,
-            1'000'000);
-  command.add_flag("--keep-going", options.keep_going,
-                   "Give each database a pass of its own, so that one failure does not stop those after it");
-  command.add_flag("--trust-directory", options.trust_directory,
-                   "Clean as a privileged user where others may write, too");
-}
-
-void AddWhatToTell(CLI::App& command, RunOptions& options) {
-  command.add_flag("--json", options.json, kJsonText);
-  command.add_flag("--quiet", options.quiet, "Tell of nothing but failures, on standard error");
-  AddChoice(command,
-            {"--log-level", "LEVEL", fmt::format("Most talkative records to log: {}", fmt::join(LogLevels(), ", "))},
-            options.log_level, LogLevels());
-  AddText(command, {"--log-file", "FILE", "File to log to instead of standard error"}, options.log_file);
-}
-
-void AddBounds(CLI::App& command, RunOptions& options) {
-  AddNumber(command, {"--wait", "SECONDS", "Longest wait for the end of another run of the same directory"},
-            options.wait_s, 0, 86'400);
-  AddNumber(command, {"--time-limit", "SECONDS", "Longest that one statement may run; 0 for any time"},
-            options.time_limit_s, 0, 86'400);
-  AddNumber(command, {"--memory-limit", "MB", "Most memory that SQLite may hold; 0 for any amount"},
-            options.memory_limit_mb, 0, 1'000'000);
-  AddNumber(command, {"--busy-timeout", "SECONDS", "Longest wait for a lock of another program; 0 for none"},
-            options.busy_timeout_s, 0, 3'600);
-}
-
-void AddRun(CLI::App& app, RunOptions& options) {
-  CLI::App& command = *app.add_subcommand("run", "Clean the databases of a directory and show what changed");
-  command.footer(fmt::format(
-      "With several passes the counts are those before the first and after the last; a pass that fails is the "
-      "last.\nSizes are those of the files with their write-ahead logs. The log level is {} when none is "
-      "given: errors without\nthe missing tables that every pass forgives; for a file it is {}.\n{}",
-      kDefaultLogLevel, kDefaultLogFileLevel, kExitCodes));
-  AddWhatToClean(command, options);
-  AddWhatToTell(command, options);
-  AddBounds(command, options);
-}
-
-void AddContracts(CLI::App& app) {
-  CLI::App& command =
-      *app.add_subcommand("contracts", "Show which tables are kept where, for how long, and how many rows");
-  command.add_flag("--json", kJsonText);
-}
-
-void Build(CLI::App& app, Options& options) {
+/// Each command with what runs it, in the order of the help.
+std::vector<std::pair<const CLI::App*, Action>> Build(CLI::App& app) {
   app.set_version_flag("--version", CORVO_VERSION);
   app.add_flag("--json", kJsonText);
+  app.add_flag("--no-color", kNoColorText);
   app.footer(kExitCodes);
   app.require_subcommand(0, 1);
   // The same command lines on every platform.
   app.allow_windows_style_options(false);
-  AddGenerate(app, options.generate);
-  AddRun(app, options.run);
-  AddContracts(app);
-}
-
-ExitCode Dispatch(const CLI::App& app, Options& options, bool json) {
-  // Before the command as well as behind it.
-  options.generate.json = options.run.json = json;
-  if (app.got_subcommand("generate")) {
-    return GenerateCommand(options.generate);
+  std::vector<std::pair<const CLI::App*, Action>> commands;
+  for (Action (*add)(CLI::App&) : {AddStatus, AddPlan, AddRun, AddVerify, AddExplain, AddReport, AddHistory, AddPrint,
+                                   AddContracts, AddGenerate}) {
+    Action action = add(app);
+    CLI::App* command = app.get_subcommands({}).back();
+    command->add_flag("--json", kJsonText);
+    command->add_flag("--no-color", kNoColorText);
+    commands.emplace_back(command, std::move(action));
   }
-  if (app.got_subcommand("run")) {
-    return RunCommand(options.run);
-  }
-  if (app.got_subcommand("contracts")) {
-    return ContractsCommand(json);
-  }
-  WrongUsage("name a command: " + CommandNames(app));
+  return commands;
 }
 
 // Help and version are exceptions to the parser, but successes to everybody else.
@@ -153,13 +70,18 @@ ExitCode Fail(const CommandFailure& failure, bool json) {
 }
 
 ExitCode ParseAndRun(int argc, char** argv, bool json) {
-  CLI::App app("Runs the clean-up of telemetry databases from the command line.", "corvo-telemetry-host");
-  Options options;
-  Build(app, options);
+  CLI::App app(std::string("Runs the clean-up of telemetry databases from the command line.\n\n") + kExamples,
+               "corvo-telemetry-host");
+  const auto commands = Build(app);
   try {
     CheckWords(app, {argv + std::min(argc, 1), argv + argc});
     app.parse(argc, argv);
-    return Dispatch(app, options, json);
+    for (const auto& [command, run] : commands) {
+      if (command->parsed()) {
+        return run(json);
+      }
+    }
+    WrongUsage("name a command: " + CommandNames(app));
   } catch (const CLI::ParseError& error) {
     return error.get_exit_code() == 0 ? Answer(app, error, json)
                                       : Fail(CommandFailure(kUsage, fmt::format("{}; see --help", error.what())), json);
@@ -169,6 +91,11 @@ ExitCode ParseAndRun(int argc, char** argv, bool json) {
     ReportFailure(common::Error(error), json);
     return kPassFailed;
   }
+}
+
+/// Whether the command line has the flag, before the command or behind it.
+bool Holds(std::string_view flag, int argc, char** argv) {
+  return std::any_of(argv, argv + argc, [flag](const char* word) { return word == flag; });
 }
 
 // Output that got lost (a full disk, a closed pipe) must not look like success.
@@ -185,8 +112,10 @@ int Finish(int exit_code) {
 int RunCommandLine(int argc, char** argv) noexcept {
   try {
     // Known before the command line is understood, so that a wrong one is answered in JSON as well.
-    const bool json =
-        std::any_of(argv, argv + argc, [](const char* word) { return std::string_view(word) == "--json"; });
+    const bool json = Holds("--json", argc, argv);
+    if (Holds("--no-color", argc, argv)) {
+      NeverUseColour();
+    }
     return Finish(ParseAndRun(argc, argv, json));
   } catch (...) {
     return kPassFailed;  // what failed could not even be told

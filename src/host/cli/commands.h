@@ -1,14 +1,53 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <cstdint>
+#include <functional>
 #include <string>
-#include <vector>
 
 #include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
 
-// What the command line asks for, one function a command. Each writes its answer to standard output.
+// What the command line offers, one file a command. Each adds its command to the app, with options and help, and gives
+// what runs it once the command line has been parsed. A command writes its answer to standard output and fails with a
+// `CommandFailure`.
+
+/// @param json whether the answer is one JSON document instead of a text.
+using Action = std::function<ExitCode(bool json)>;
+
+/// `generate`: writes databases that give a pass something to do, and goes on writing to them when asked to.
+[[nodiscard]] Action AddGenerate(CLI::App& app);
+
+/// `run`: lets the module clean the databases of a directory and shows what changed.
+[[nodiscard]] Action AddRun(CLI::App& app);
+
+/// `plan`: shows what `run` would do now, and changes nothing.
+[[nodiscard]] Action AddPlan(CLI::App& app);
+
+/// `verify`: holds the databases against what their last run has promised.
+[[nodiscard]] Action AddVerify(CLI::App& app);
+
+/// `history`: shows the last runs of a directory.
+[[nodiscard]] Action AddHistory(CLI::App& app);
+
+/// `explain`: shows what the limits of one table are and do, or what becomes of one of its rows.
+[[nodiscard]] Action AddExplain(CLI::App& app);
+
+/// `report`: writes one self-contained page on the directory, a plan or the last run.
+[[nodiscard]] Action AddReport(CLI::App& app);
+
+/// `print`: shows rows of a table.
+[[nodiscard]] Action AddPrint(CLI::App& app);
+
+/// `contracts`: shows the catalogue, or what is doubtful in it.
+[[nodiscard]] Action AddContracts(CLI::App& app);
+
+/// `status`: shows how databases and tables stand against their limits, and changes nothing.
+[[nodiscard]] Action AddStatus(CLI::App& app);
+
+inline constexpr const char* kJsonText = "Write one JSON document to standard output, whatever happens";
+inline constexpr const char* kNoColorText = "Use no colour; nor is any used with the environment variable NO_COLOR";
 
 struct GenerateOptions {
   std::string data_dir;  ///< a plain name, also when it looks like a URI
@@ -17,42 +56,18 @@ struct GenerateOptions {
   std::uint32_t days = 0;  ///< 0: as far back as each table's retention asks for
   std::string now;         ///< day, empty for today
   bool force = false;      ///< replaces the catalogue's databases
+  int live_s = 0;          ///< how long to add rows afterwards; 0: not at all
+  int rate = 50;           ///< rows to add a second, over all tables
   bool json = false;
 };
 
-/// `generate`: writes databases that give a pass something to do, all of them or none.
+/// Writes databases that give a pass something to do, all of them or none. Then adds rows to them when that is asked
+/// for; to those that are there, if there are any and they are not to be replaced. Gives the exit code of the signal
+/// that ends it early, and `kPassFailed` when a database could not be added to.
 ///
 /// @throws CommandFailure (`kUsage`) when the directory cannot be made, holds databases already, or holds something
 /// that is no ordinary file under the name of one; (`kPassFailed`) when the databases cannot be written. Then nothing
 /// that was begun is left, and what was to be replaced is as it was.
 ExitCode GenerateCommand(const GenerateOptions& options);
-
-struct RunOptions {
-  std::string data_dir;  ///< empty: the environment's, else the platform's
-  std::string plugin;    ///< empty: the module that belongs to the program
-  int passes = 1;
-  std::vector<std::string> databases;  ///< the only ones to clean, as the catalogue spells them; empty: all
-  bool keep_going = false;             ///< each database in a pass of its own, so that no failure stops the others
-  int wait_s = 0;                      ///< longest wait for the end of another run of the same directory
-  bool trust_directory = false;        ///< also when others than this user may write there
-  bool json = false;
-  bool quiet = false;     ///< nothing but failures on standard error, and no table
-  std::string log_level;  ///< empty: the default
-  std::string log_file;   ///< empty: standard error
-
-  // Bounds for files that anybody may have written; 0 is without bound, and does not wait for a lock.
-  int time_limit_s = 600;     ///< of one statement
-  int memory_limit_mb = 512;  ///< that SQLite may hold, in units of 1,000,000 bytes
-  int busy_timeout_s = 5;     ///< of one wait for a lock
-};
-
-/// `run`: lets the module clean the databases of a directory and shows what changed.
-///
-/// @return `kDone`, or `kPassFailed` when the module's record says so.
-/// @throws CommandFailure when a pass cannot begin.
-ExitCode RunCommand(const RunOptions& options);
-
-/// `contracts`: shows the catalogue, as a table or as JSON.
-ExitCode ContractsCommand(bool json);
 
 }  // namespace corvo::telemetry::host

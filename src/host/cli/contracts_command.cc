@@ -1,8 +1,14 @@
 #include <fmt/core.h>
 
+#include <ctime>
+#include <memory>
+#include <vector>
+
 #include "host/cli/commands.h"
 #include "host/facts/catalogue_view.h"
+#include "host/facts/lint/lint.h"
 #include "host/platform/platform.h"
+#include "host/show/explain/lint_text.h"
 #include "host/show/json_text.h"
 #include "host/show/standard_output.h"
 #include "host/show/text_table.h"
@@ -50,12 +56,28 @@ std::string CatalogueText(const CatalogueView& catalogue, bool colour) {
              Counted(static_cast<std::int64_t>(catalogue.databases.size()), "database"));
 }
 
-}  // namespace
-
-ExitCode ContractsCommand(bool json) {
+ExitCode Show(bool json) {
   const CatalogueView catalogue = ReadCatalogue();
   Print(json ? CatalogueJson(catalogue) : CatalogueText(catalogue, UsesColour(stdout)));
   return kDone;
+}
+
+ExitCode ShowDoubts(bool json) {
+  const CatalogueView catalogue = ReadCatalogue();
+  const std::vector<Finding> findings = Lint(catalogue, std::time(nullptr));
+  Print(json ? LintDocument(catalogue, findings)
+             : LintText(catalogue, findings, static_cast<std::size_t>(TerminalWidth(stdout)), UsesColour(stdout)));
+  return findings.empty() ? kDone : kFindings;
+}
+
+}  // namespace
+
+Action AddContracts(CLI::App& app) {
+  CLI::App& command =
+      *app.add_subcommand("contracts", "Show which tables are kept where, for how long, and how many rows");
+  const auto lint = std::make_shared<bool>(false);
+  command.add_flag("--lint", *lint, "Show what is doubtful in them instead, and end with code 3 when something is");
+  return [lint](bool json) { return *lint ? ShowDoubts(json) : Show(json); };
 }
 
 }  // namespace corvo::telemetry::host

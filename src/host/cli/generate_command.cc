@@ -1,36 +1,33 @@
 #include <fmt/core.h>
-#include <fmt/format.h>
 
 #include <exception>
 #include <filesystem>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <system_error>
-#include <vector>
 
 #include "common/text.h"
 #include "host/cli/commands.h"
+#include "host/cli/generation_report.h"
+#include "host/cli/words/option_values.h"
 #include "host/facts/catalogue_view.h"
+#include "host/facts/data_directory.h"
+#include "host/platform/instance_lock.h"
 #include "host/platform/interruption.h"
 #include "host/platform/platform.h"
 #include "host/samples/generation_plan.h"
+#include "host/samples/live_writing.h"
 #include "host/samples/sample_files.h"
-#include "host/samples/time_text.h"
-#include "host/show/json_text.h"
 #include "host/show/standard_output.h"
-#include "host/show/text_table.h"
-#include "host/show/units.h"
+#include "host/show/time_text.h"
 
 namespace corvo::telemetry::host {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Generation {
-  fs::path directory;
-  std::int64_t now;
-  GenerationPlan plan;
-  std::vector<WrittenDatabase> databases;
-};
 
 // Absolute, so that a name that looks like a URI is none to SQLite.
 fs::path AbsoluteDirectory(const std::string& name) {
@@ -44,20 +41,22 @@ fs::path AbsoluteDirectory(const std::string& name) {
   return directory;
 }
 
-Generation Generate(const GenerateOptions& options, const CatalogueView& catalogue) {
+Generation Generate(const GenerateOptions& options, const fs::path& directory, const CatalogueView& catalogue) {
   const std::int64_t now = options.now.empty() ? StartOfToday() : ParseDay(options.now);
-  Generation generation{.directory = AbsoluteDirectory(options.data_dir),
+  Generation generation{.directory = directory,
                         .now = now,
-                        .plan = PlanGeneration(catalogue, options.scale, options.days),
-                        .databases = {}};
+                        .seed = options.seed,
+                        .scale = options.scale,
+                        .plan = PlanGeneration(catalogue, options.scale, options.days)};
   generation.databases =
       WriteSamples(generation.plan, catalogue, {generation.directory, now, options.seed, options.force});
   return generation;
 }
 
-Generation GenerateOrExplain(const GenerateOptions& options, const CatalogueView& catalogue) {
+Generation GenerateOrExplain(const GenerateOptions& options, const fs::path& directory,
+                             const CatalogueView& catalogue) {
   try {
-    return Generate(options, catalogue);
+    return Generate(options, directory, catalogue);
   } catch (const CommandFailure&) {
     throw;
   } catch (const std::exception& error) {
@@ -66,68 +65,109 @@ Generation GenerateOrExplain(const GenerateOptions& options, const CatalogueView
   }
 }
 
-std::string GenerationJson(const Generation& generation, const CatalogueView& catalogue, std::uint64_t seed) {
-  Json document = {{"schema_version", 1},
-                   {"directory", common::Utf8(generation.directory)},
-                   {"seed", seed},
-                   {"now", TimeText(generation.now)},
-                   {"databases", Json::array()},
-                   {"left_out", Json::array()}};
-  for (const WrittenDatabase& database : generation.databases) {
-    document["databases"].push_back({{"name", database.name},
-                                     {"path", common::Utf8(database.path)},
-                                     {"tables", database.tables},
-                                     {"rows", database.rows},
-                                     {"bytes", database.bytes}});
+/// Nothing to generate: what is there is to get more rows.
+Generation ExistingDatabases(const GenerateOptions& options, const fs::path& directory) {
+  if (const std::string problem = ResolveDataDirectory(directory.string()).problem; !problem.empty()) {
+    throw CommandFailure(kUsage, problem);
   }
-  for (const ContractView& contract : catalogue.contracts) {
-    if (contract.database == generation.plan.missing_database || contract.table == generation.plan.missing_table) {
-      document["left_out"].push_back({{"database", contract.database}, {"table", contract.table}});
+  return {.directory = directory, .now = StartOfToday(), .seed = options.seed, .scale = options.scale};
+}
+
+ExitCode WriteOn(const GenerateOptions& options, const CatalogueView& catalogue, Generation& generation) {
+  generation.live = WriteLive(catalogue, {.directory = generation.directory,
+                                          .seconds = options.live_s,
+                                          .rate = options.rate,
+                                          .seed = options.seed,
+                                          .show_progress = IsTerminal(stderr)});
+  const int signal = InterruptionScope::Signal();
+  if (!options.json) {
+    Print(LiveText(*generation.live, generation.directory, signal));
+  }
+  if (signal != 0) {
+    return InterruptedBy(signal);
+  }
+  return generation.live->problems.empty() ? kDone : kPassFailed;
+}
+
+/// A run that is at work must not find other files under the names of those that it has looked at. Where there can be
+/// no lock, nothing can be replaced either.
+std::optional<InstanceLock> KeepRunsAway(const GenerateOptions& options, const fs::path& directory) {
+  std::error_code error;
+  if (!options.force || !fs::is_directory(directory, error)) {
+    return std::nullopt;
+  }
+  std::string holder;
+  try {
+    if (auto lock = InstanceLock::TryTake(directory, holder)) {
+      return lock;
     }
+  } catch (const std::runtime_error&) {
+    return std::nullopt;
   }
-  return JsonText(document) + "\n";
+  throw CommandFailure(
+      kAnotherRun, fmt::format("nothing was generated: a run is at work in {}: {}", common::Utf8(directory), holder));
 }
 
-std::string OdditiesText(const GenerationPlan& plan, double scale) {
-  std::string text = "Put in on purpose:\n";
-  text += fmt::format("  no database   {}\n", plan.missing_database);
-  text += fmt::format("  no table      {}\n", plan.missing_table);
-  if (scale >= 1) {
-    text += fmt::format("  too large     {}\n", plan.oversize_database);
-  }
-  if (!plan.long_tables.empty()) {
-    text += fmt::format("  too many rows {}\n", fmt::join(plan.long_tables, ", "));
-  }
-  return text;
+void AddWhatToGenerate(CLI::App& command, GenerateOptions& options) {
+  AddText(command, {"--data-dir", "DIR", "Directory to write to; made when it is missing"}, options.data_dir)
+      .required();
+  AddNumber(command, {"--seed", "NUMBER", "Seed of all made-up values"}, options.seed, std::uint64_t{0},
+            std::numeric_limits<std::uint64_t>::max());
+  AddNumber(command, {"--scale", "FACTOR", "Factor on the number of rows of every table"}, options.scale, 0.001,
+            1000.0);
+  AddNumber(command, {"--days", "DAYS", "Spread all rows over this many days, whatever the retentions"}, options.days,
+            std::uint32_t{1}, std::uint32_t{36'500});
+  AddText(command, {"--now", "DAY", "Day (UTC, 2024-05-01) at whose start the rows end; today when not given"},
+          options.now);
+  command.add_flag("--force", options.force, "Replace the databases of the catalogue when there are any");
 }
 
-std::string GenerationText(const Generation& generation, const GenerateOptions& options, bool colour) {
-  std::vector<TableLine> lines = {{{"DATABASE", "TABLES", "ROWS", "FILE SIZE"}, Tone::kStrong}};
-  std::int64_t rows = 0;
-  std::int64_t bytes = 0;
-  for (const WrittenDatabase& database : generation.databases) {
-    lines.push_back(
-        {{database.name, std::to_string(database.tables), WithSeparators(database.rows), HumanBytes(database.bytes)}});
-    rows += database.rows;
-    bytes += database.bytes;
-  }
-  const std::vector<Align> alignments = {Align::kLeft, Align::kRight, Align::kRight, Align::kRight};
-  return FormatTable(lines, alignments, colour) + "\n" + OdditiesText(generation.plan, options.scale) +
-         fmt::format("\nGenerated {} in {}: {}, {} (seed {}, up to {})\n",
-                     Counted(static_cast<std::int64_t>(generation.databases.size()), "database"),
-                     Printable(common::Utf8(generation.directory)), Counted(rows, "row"), HumanBytes(bytes),
-                     options.seed, TimeText(generation.now));
+void AddLiveWriting(CLI::App& command, GenerateOptions& options) {
+  CLI::Option& live = AddNumber(command,
+                                {"--live", "SECONDS",
+                                 "Then keep adding new rows for so long, as collectors do; to what is there, if there "
+                                 "is something and --force is not given"},
+                                options.live_s, 1, 604'800);
+  AddNumber(command, {"--rate", "ROWS", "Rows that --live adds in a second, over all tables"}, options.rate, 1, 100'000)
+      .needs(&live);
 }
 
 }  // namespace
 
+Action AddGenerate(CLI::App& app) {
+  CLI::App& command = *app.add_subcommand("generate", "Write databases that give a pass something to do");
+  command.footer(
+      "Every table gets rows on both sides of its retention; some tables get more rows than their limit, one database\n"
+      "grows past its size limit, one table and one database are left out. The same --seed and --now give the same\n"
+      "content. What a generation that fails has begun is removed, and what it was to replace stays.\n\n"
+      "Example: write to the databases in try for a minute, to run the other commands meanwhile\n"
+      "  corvo-telemetry-host generate --data-dir try --live 60");
+  const auto options = std::make_shared<GenerateOptions>();
+  AddWhatToGenerate(command, *options);
+  AddLiveWriting(command, *options);
+  return [options](bool json) {
+    options->json = json;
+    return GenerateCommand(*options);
+  };
+}
+
 ExitCode GenerateCommand(const GenerateOptions& options) {
   const CatalogueView catalogue = ReadCatalogue();
   const InterruptionScope interruptions([](int /*signal*/) {});
-  const Generation generation = GenerateOrExplain(options, catalogue);
-  Print(options.json ? GenerationJson(generation, catalogue, options.seed)
-                     : GenerationText(generation, options, UsesColour(stdout)));
-  return kDone;
+  const fs::path directory = AbsoluteDirectory(options.data_dir);
+  const bool add_only = options.live_s > 0 && !options.force && HoldsDatabases(directory, catalogue);
+  std::optional<InstanceLock> lock = KeepRunsAway(options, directory);
+  Generation generation =
+      add_only ? ExistingDatabases(options, directory) : GenerateOrExplain(options, directory, catalogue);
+  lock.reset();
+  if (!options.json && !add_only) {
+    Print(GenerationText(generation, UsesColour(stdout)));
+  }
+  const ExitCode code = options.live_s > 0 ? WriteOn(options, catalogue, generation) : kDone;
+  if (options.json) {
+    Print(GenerationJson(generation, catalogue));
+  }
+  return code;
 }
 
 }  // namespace corvo::telemetry::host

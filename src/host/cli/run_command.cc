@@ -1,25 +1,33 @@
 #include <fmt/core.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
 
 #include "common/text.h"
 #include "host/cli/commands.h"
-#include "host/facts/data_directory.h"
+#include "host/cli/loss_limit.h"
+#include "host/cli/words/common_options.h"
+#include "host/cli/words/option_values.h"
+#include "host/cli/words/wrong_usage.h"
+#include "host/facts/record/history.h"
 #include "host/pass/directory_run.h"
 #include "host/pass/loaded_module.h"
 #include "host/pass/logging.h"
+#include "host/pass/plan.h"
 #include "host/platform/instance_lock.h"
-#include "host/platform/interruption.h"
 #include "host/platform/platform.h"
 #include "host/platform/trust.h"
-#include "host/show/run_json.h"
-#include "host/show/run_text.h"
+#include "host/show/run/run_json.h"
+#include "host/show/run/run_text.h"
 #include "host/show/standard_error.h"
 #include "host/show/standard_output.h"
-#include "storage/storage_options.h"
 #include "storage/telemetry_storage.h"
 
 namespace corvo::telemetry::host {
@@ -27,25 +35,62 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Statements end when the user asks for it, and run again when the run is over.
-class Interruptions {
- public:
-  Interruptions() : scope_([](int) { shared::InterruptStatements(); }) {}
-  Interruptions(const Interruptions&) = delete;
-  Interruptions& operator=(const Interruptions&) = delete;
-  ~Interruptions() { shared::AllowStatements(); }
-
- private:
-  InterruptionScope scope_;
+struct RunOptions {
+  std::string data_dir;  ///< empty: the environment's, else the platform's
+  std::string plugin;    ///< empty: the module that belongs to the program
+  int passes = 1;
+  std::vector<std::string> databases;  ///< the only ones to clean, as the catalogue spells them; empty: all
+  bool keep_going = false;             ///< each database in a pass of its own, so that no failure stops the others
+  bool dry_run = false;                ///< on copies
+  bool exit_code = false;              ///< a plan that would delete something is a finding
+  std::optional<double> max_loss;      ///< in percent of a table's rows
+  bool force = false;                  ///< whatever the loss
+  int wait_s = 0;                      ///< longest wait for the end of another run of the same directory
+  bool trust_directory = false;        ///< also when others than this user may write there
+  bool quiet = false;                  ///< nothing but failures on standard error, and no table
+  std::string log_level;               ///< empty: the default
+  std::string log_file;                ///< empty: standard error
+  Bounds bounds;
 };
 
-shared::StorageOptions StorageOptionsOf(const RunOptions& options, const fs::path& directory) {
-  shared::StorageOptions storage = shared::GetStorageOptions();
-  storage.data_directory = directory.string();
-  storage.busy_timeout = std::chrono::seconds(options.busy_timeout_s);
-  storage.statement_time_limit = std::chrono::seconds(options.time_limit_s);
-  storage.memory_limit = std::int64_t{options.memory_limit_mb} * 1'000'000;
-  return storage;
+void AddWhatToClean(CLI::App& command, RunOptions& options) {
+  AddDataDirectory(command, options.data_dir);
+  AddDatabases(command, {"--database", "NAME", "Clean this database alone; several times for several"},
+               options.databases);
+  AddText(command, {"--plugin", "FILE", "Module to load; the one that belongs to this program when not given"},
+          options.plugin);
+  AddNumber(command, {"--passes", "NUMBER", "Number of passes, one after the other in this process"}, options.passes, 1,
+            1'000'000);
+  command.add_flag("--keep-going", options.keep_going,
+                   "Give each database a pass of its own, so that one failure does not stop those after it");
+  command.add_flag("--exit-code", options.exit_code, "Of a plan: end with code 3 when something would be deleted");
+}
+
+void AddCaution(CLI::App& command, RunOptions& options) {
+  command.add_flag("--dry-run", options.dry_run, "Only show what the run would do, as plan does");
+  AddNumber(command, {"--max-loss", "PERCENT", "Plan first, and do nothing if a table would lose more of its rows"},
+            options.max_loss, 0.0, 100.0);
+  command.add_flag("--force", options.force, "Run whatever --max-loss says");
+  command.add_flag("--trust-directory", options.trust_directory,
+                   "Clean as a privileged user where others may write, too");
+  AddNumber(command, {"--wait", "SECONDS", "Longest wait for the end of another run of the same directory"},
+            options.wait_s, 0, 86'400);
+}
+
+void AddWhatToTell(CLI::App& command, RunOptions& options) {
+  command.add_flag("--quiet", options.quiet, "Tell of nothing but failures, on standard error");
+  AddChoice(command,
+            {"--log-level", "LEVEL", fmt::format("Most talkative records to log: {}", fmt::join(LogLevels(), ", "))},
+            options.log_level, LogLevels());
+  AddText(command, {"--log-file", "FILE", "File to log to instead of standard error"}, options.log_file);
+}
+
+std::string Footer() {
+  return fmt::format(
+      "With several passes the counts are those before the first and after the last; a pass that fails is the "
+      "last.\nSizes are those of the files with their write-ahead logs. The log level is {} when none is "
+      "given: errors without\nthe missing tables that every pass forgives; for a file it is {}.\n{}",
+      kDefaultLogLevel, kDefaultLogFileLevel, kExitCodes);
 }
 
 void WarnOfMissingLocale() {
@@ -84,50 +129,129 @@ InstanceLock TakeLock(const fs::path& directory, int wait_s) {
                                                 common::Utf8(directory), holder));
 }
 
-ExitCode ExitCodeOf(const RunReport& report) {
+bool AllIsWell(const RunReport& report) {
+  return !report.Result().Failed() && report.Cleaned() == report.databases.size();
+}
+
+ExitCode ExitCodeOf(const RunReport& report, const RunOptions& options) {
   if (report.signal != 0) {
     return InterruptedBy(report.signal);
   }
-  return report.Result().Failed() || report.Cleaned() < report.databases.size() ? kPassFailed : kDone;
-}
-
-RunReport CleanUp(const RunOptions& options, const DataDirectory& directory) {
-  RequireTrust(directory.path, options.trust_directory);
-  const LogScope log(options.log_level, options.log_file);
-  LoadedModule module(options.plugin.empty() ? DefaultModulePath() : fs::path(options.plugin));
-  WarnOfMissingLocale();
-  const Interruptions interruptions;
-  const InstanceLock lock = TakeLock(directory.path, options.wait_s);
-  const shared::StorageOptionsScope storage(StorageOptionsOf(options, directory.path));
-  RunReport report = Run(module.Module(), {.directory = directory.path,
-                                           .source = directory.origin,
-                                           .only = options.databases,
-                                           .passes = options.passes,
-                                           .keep_going = options.keep_going,
-                                           .show_progress = IsTerminal(stderr) && !options.quiet});
-  report.signal = InterruptionScope::Signal();
-  return report;
-}
-
-}  // namespace
-
-ExitCode RunCommand(const RunOptions& options) {
-  const DataDirectory directory = ResolveDataDirectory(options.data_dir);
-  if (!directory.problem.empty()) {
-    throw CommandFailure(kNoDataDirectory, directory.problem);
+  if (!AllIsWell(report)) {
+    return kPassFailed;
   }
-  const RunReport report = CleanUp(options, directory);
-  if (options.json) {
+  return options.dry_run && options.exit_code && report.RowsDeleted() > 0 ? kFindings : kDone;
+}
+
+/// Another run may need it; it is not worth failing for.
+void Remember(const RunReport& report, std::int64_t start) {
+  try {
+    RunRecord record = RecordOf(report);
+    record.start = start;
+    record.end = std::time(nullptr);
+    AddToHistory(report.directory, record);
+  } catch (const std::runtime_error& failure) {
+    Tell(fmt::format("this run is missing from the history: {}", failure.what()));
+  }
+}
+
+/// One use of the module on a directory.
+class Work {
+ public:
+  Work(const RunOptions& options, const DataDirectory& directory)
+      : options_(options),
+        log_(options.log_level, options.log_file),
+        module_(options.plugin.empty() ? DefaultModulePath() : fs::path(options.plugin)),
+        run_{.directory = directory.path,
+             .source = directory.origin,
+             .only = options.databases,
+             .passes = options.passes,
+             .keep_going = options.keep_going,
+             .show_progress = IsTerminal(stderr) && !options.quiet} {
+    WarnOfMissingLocale();
+  }
+
+  RunReport Foresee() {
+    const shared::StorageOptionsScope storage(StorageOptionsOf(options_.bounds, run_.directory));
+    return Signed(Plan(module_.Module(), run_));
+  }
+
+  RunReport CleanUp() {
+    const InstanceLock lock = TakeLock(run_.directory, options_.wait_s);
+    if (options_.max_loss && !options_.force) {
+      const RunReport plan = Foresee();
+      RequireNoInterruption();
+      RequireLittleLoss(plan, *options_.max_loss);
+    }
+    const shared::StorageOptionsScope storage(StorageOptionsOf(options_.bounds, run_.directory));
+    const std::int64_t start = std::time(nullptr);
+    RunReport report = Signed(Run(module_.Module(), run_));
+    if (!report.databases.empty()) {
+      Remember(report, start);
+    }
+    return report;
+  }
+
+ private:
+  static RunReport Signed(RunReport report) {
+    report.signal = InterruptionScope::Signal();
+    return report;
+  }
+
+  const RunOptions& options_;
+  const LogScope log_;
+  LoadedModule module_;
+  const Interruptions interruptions_;
+  DirectoryRun run_;
+};
+
+ExitCode Clean(const RunOptions& options, bool json) {
+  if (options.dry_run && options.max_loss) {
+    WrongUsage("--max-loss plans before it cleans, and --dry-run does not clean");
+  }
+  const DataDirectory directory = RequireDataDirectory(options.data_dir);
+  if (!options.dry_run) {
+    RequireTrust(directory.path, options.trust_directory);
+  }
+  Work work(options, directory);
+  const RunReport report = options.dry_run ? work.Foresee() : work.CleanUp();
+  const ExitCode code = ExitCodeOf(report, options);
+  if (json) {
     Print(RunDocument(report));
   } else if (!options.quiet) {
-    Print(RunText(report, UsesColour(stdout)));
-  } else if (ExitCodeOf(report) != kDone) {
+    Print(RunText(report, UsesColour(stdout), IsTerminal(stdout) ? TerminalWidth(stdout) : 0));
+  } else if (report.signal != 0 || !AllIsWell(report)) {
     for (std::string line : Failures(report)) {
       std::replace(line.begin(), line.end(), '\n', ' ');  // advice is folded for a page
       Tell(line);
     }
   }
-  return ExitCodeOf(report);
+  return code;
+}
+
+Action AddTo(CLI::App& command, const std::shared_ptr<RunOptions>& options) {
+  AddWhatToTell(command, *options);
+  AddBounds(command, options->bounds);
+  command.footer(Footer());
+  return [options](bool json) { return Clean(*options, json); };
+}
+
+}  // namespace
+
+Action AddRun(CLI::App& app) {
+  CLI::App& command = *app.add_subcommand("run", "Clean the databases of a directory and show what changed");
+  const auto options = std::make_shared<RunOptions>();
+  AddWhatToClean(command, *options);
+  AddCaution(command, *options);
+  return AddTo(command, options);
+}
+
+Action AddPlan(CLI::App& app) {
+  CLI::App& command = *app.add_subcommand("plan", "Show what a run would do now, and change nothing");
+  const auto options = std::make_shared<RunOptions>();
+  options->dry_run = true;
+  AddWhatToClean(command, *options);
+  return AddTo(command, options);
 }
 
 }  // namespace corvo::telemetry::host

@@ -23,7 +23,8 @@ ContractView ViewContract(const Message& message) {
           .max_rows = options.table_options().max_rows(),
           .retention_days = options.table_options().retention_days(),
           .max_size_mb = options.database_options().max_size_mb(),
-          .descriptor = descriptor};
+          .descriptor = descriptor,
+          .table_option = options.table_options().table_name()};
 }
 
 DatabaseView ViewDatabase(const Message& message) {

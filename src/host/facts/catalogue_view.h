@@ -20,6 +20,7 @@ struct ContractView {
   std::uint32_t retention_days;
   std::uint32_t max_size_mb;
   const google::protobuf::Descriptor* descriptor;
+  std::string table_option = {};  ///< its table as the option spells it; empty: the table has the type's short name
 };
 
 /// A database with the values of its options.

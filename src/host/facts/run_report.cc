@@ -65,4 +65,12 @@ std::size_t RunReport::Cleaned() const {
       std::count_if(databases.begin(), databases.end(), [](const DatabaseReport& each) { return !each.problem; }));
 }
 
+std::int64_t RunReport::RowsDeleted() const {
+  std::int64_t sum = 0;
+  for (const DatabaseReport& database : databases) {
+    sum += database.DeletedRows().Sum();
+  }
+  return sum;
+}
+
 }  // namespace corvo::telemetry::host

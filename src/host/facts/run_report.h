@@ -46,7 +46,10 @@ struct TableReport {
   std::optional<std::int64_t> rows_before = {};
   std::optional<std::int64_t> rows_after = {};
   Deleted deleted = {};
-  std::string problem = {};  ///< what the rules would misread in it, or why it cannot be counted
+  std::string problem = {};                      ///< what the rules would misread in it, or why it cannot be counted
+  std::optional<std::int64_t> last_rowid = {};   ///< the largest after the run; none when there is none
+  std::optional<std::int64_t> oldest_left = {};  ///< in seconds since 1970-01-01 UTC; found by plans alone
+  double seconds = 0;                            ///< of the statements on it
 
   /// Rows that others wrote during the run, less those that others deleted; none when a count is missing.
   [[nodiscard]] std::optional<std::int64_t> AddedByOthers() const;
@@ -63,6 +66,7 @@ struct DatabaseReport {
   std::int64_t bytes_after = 0;
   std::vector<TableReport> tables;
   std::optional<Problem> problem = {};  ///< none when it was cleaned
+  double compaction_seconds = 0;
 
   [[nodiscard]] Deleted DeletedRows() const;
 };
@@ -87,6 +91,7 @@ struct RunReport {
   std::filesystem::path directory;
   std::string directory_source;  ///< where the name of the directory comes from, for people
   bool narrowed = false;         ///< to databases that the user named
+  bool planned = false;          ///< it was run on copies: the databases themselves are as they were
   std::vector<DatabaseReport> databases;
   std::vector<PassOutcome> passes;  ///< none when there was nothing that a pass could be run on
   int signal = 0;                   ///< by which the user ended the run early; 0 when it ended by itself
@@ -95,6 +100,7 @@ struct RunReport {
   [[nodiscard]] common::Error Result() const;
   [[nodiscard]] double Seconds() const;
   [[nodiscard]] std::size_t Cleaned() const;
+  [[nodiscard]] std::int64_t RowsDeleted() const;
 };
 
 }  // namespace corvo::telemetry::host

@@ -36,7 +36,7 @@ void ShowLooking(const std::string& database) noexcept {
 
 /// Those that have a file, in catalogue order.
 std::vector<DatabaseReport> LookAtAll(const DirectoryRun& run, const CatalogueView& catalogue) {
-  const CompactionPlaces places{run.directory, SqliteTemporaryDirectory()};
+  const CompactionPlaces places{run.room.empty() ? run.directory : run.room, SqliteTemporaryDirectory()};
   std::vector<DatabaseReport> reports;
   for (const DatabaseView& database : catalogue.databases) {
     if (!Wanted(run, database) || !HasFile(DatabaseFile(database, run.directory))) {
@@ -45,7 +45,7 @@ std::vector<DatabaseReport> LookAtAll(const DirectoryRun& run, const CatalogueVi
     if (run.show_progress) {
       ShowLooking(database.database);
     }
-    reports.push_back(LookAtDatabase(database, catalogue.Of(database.database), places));
+    reports.push_back(LookAtDatabase(database, catalogue.Of(database.database), run.directory, places));
   }
   EndProgress();
   return reports;
@@ -53,7 +53,8 @@ std::vector<DatabaseReport> LookAtAll(const DirectoryRun& run, const CatalogueVi
 
 /// A contract whose database cannot be opened counts as living in one that is named after its type. Such a file, where
 /// there is one, is none of ours, and the module fails on it.
-void TellStrayFiles(const CatalogueView& catalogue, const RunReport& report) {
+void TellStrayFiles(const CatalogueView& catalogue, const DirectoryRun& run, const RunReport& report) {
+  const std::filesystem::path& directory = run.room.empty() ? run.directory : run.room;
   for (const ContractView& contract : catalogue.contracts) {
     const auto own = [&contract](const DatabaseReport& each) {
       return each.name == contract.database && !each.problem;
@@ -65,7 +66,7 @@ void TellStrayFiles(const CatalogueView& catalogue, const RunReport& report) {
         HasFile(report.directory / file)) {
       Tell(
           fmt::format("{} is named after a contract of {}, which is not cleaned, and fails the pass: move it out of {}",
-                      file, contract.database, common::Utf8(report.directory)));
+                      file, contract.database, common::Utf8(directory)));
     }
   }
 }
@@ -135,7 +136,11 @@ class Passes {
       if (const auto deleted = visit.tables.find(table.table); deleted != visit.tables.end()) {
         table.deleted.Add(deleted->second);
       }
+      if (const auto seconds = visit.seconds.find(table.table); seconds != visit.seconds.end()) {
+        table.seconds += seconds->second;
+      }
     }
+    database.compaction_seconds += visit.compaction_seconds;
     if (!visit.compacted || visit.failure) {
       database.problem = WhyNotCleaned(result.outcome, visit);
     }
@@ -161,19 +166,19 @@ class Passes {
   bool stopped_ = false;
 };
 
+}  // namespace
+
 bool WasOpened(const DatabaseReport& database) {
   return !database.problem || database.problem->kind == Problem::Kind::kFailed ||
          database.problem->kind == Problem::Kind::kNotReached;
 }
-
-}  // namespace
 
 RunReport Run(shared::plugin::IDynamicPluginModule& module, const DirectoryRun& run) {
   RunReport report{.directory = run.directory, .directory_source = run.source, .databases = {}, .passes = {}};
   const CatalogueView catalogue = ReadCatalogue();
   report.narrowed = !run.only.empty();
   report.databases = LookAtAll(run, catalogue);
-  TellStrayFiles(catalogue, report);
+  TellStrayFiles(catalogue, run, report);
   Passes(module, run, report).RunAll();
   for (DatabaseReport& database : report.databases) {
     if (WasOpened(database)) {

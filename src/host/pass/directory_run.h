@@ -13,6 +13,7 @@ namespace corvo::telemetry::host {
 struct DirectoryRun {
   std::filesystem::path directory;  ///< absolute
   std::string source;               ///< where its name comes from, for people
+  std::filesystem::path room = {};  ///< the directory whose room compaction needs; empty: the directory itself
   std::vector<std::string> only;    ///< the databases to clean, as the catalogue spells them; empty: all
   int passes = 1;
   bool keep_going = false;     ///< each database in a pass of its own
@@ -25,5 +26,8 @@ struct DirectoryRun {
 /// with the reason. A database counts as cleaned only when each statement on it succeeded and it was compacted. The
 /// storage's options are in force when this is called. Ends early, with what is known, when statements are interrupted.
 [[nodiscard]] RunReport Run(shared::plugin::IDynamicPluginModule& module, const DirectoryRun& run);
+
+/// Whether the pass may have changed the database, so that it was looked at again.
+[[nodiscard]] bool WasOpened(const DatabaseReport& database);
 
 }  // namespace corvo::telemetry::host

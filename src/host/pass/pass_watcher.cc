@@ -85,6 +85,8 @@ void PassWatcher::Note(const shared::StatementRecord& statement) {
   const StatementKind kind = KindOf(statement.sql);
   const std::lock_guard lock(mutex_);
   Visit& visit = visits_[FileName(statement)];
+  const std::chrono::duration<double> seconds = statement.end - statement.start;
+  (kind.step == Step::kCompact ? visit.compaction_seconds : visit.seconds[kind.table]) += seconds.count();
   if (shared::IsMissingTable(statement.result)) {
     SpareInLog(statement.result);
   } else if (statement.result.Failed()) {

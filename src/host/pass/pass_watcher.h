@@ -13,7 +13,9 @@ namespace corvo::telemetry::host {
 
 /// What the statements of a pass did to one database.
 struct Visit {
-  std::map<std::string, Deleted> tables;   ///< by the name in the statement
+  std::map<std::string, Deleted> tables;  ///< by the name in the statement
+  std::map<std::string, double> seconds;  ///< of the statements on each table, by its name
+  double compaction_seconds = 0;
   std::optional<FailedStatement> failure;  ///< the last one, a missing table aside
   bool measured = false;                   ///< its size was asked for: trimming is for the size limit from then on
   bool compacted = false;                  ///< the last thing that a pass does to a database

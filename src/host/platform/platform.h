@@ -26,8 +26,16 @@ void PrepareProcess();
 /// Columns of the terminal now, as a person may have resized it; 80 when it does not tell or the stream is none.
 [[nodiscard]] int TerminalWidth(std::FILE* stream);
 
-/// Whether output to the stream may be coloured: a terminal that can, and the environment variable NO_COLOR not set.
+/// Whether output to the stream may be coloured: a terminal that can, the environment variable NO_COLOR not set, and
+/// `NeverUseColour` not called.
 [[nodiscard]] bool UsesColour(std::FILE* stream);
+
+/// From now on no stream is coloured.
+void NeverUseColour() noexcept;
+
+/// Whether whoever reads the stream can be expected to show the block elements of Unicode, such as U+258F: by the
+/// environment's character set, and a terminal that is no "dumb" one.
+[[nodiscard]] bool ShowsBlocks(std::FILE* stream);
 
 /// One line on the named locale that a pass needs and this machine lacks, with the command that installs it; empty when
 /// nothing is missing.

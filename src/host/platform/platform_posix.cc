@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <locale>
 #include <stdexcept>
@@ -15,6 +16,13 @@ namespace corvo::telemetry::host {
 namespace {
 
 constexpr int kUsualWidth = 80;
+
+std::atomic<bool> colour_is_off = false;
+
+bool IsDumb() {
+  const char* const terminal = std::getenv("TERM");
+  return terminal != nullptr && std::string_view(terminal) == "dumb";
+}
 
 bool TakesTemporaryFiles(const char* directory) {
   struct stat status {};
@@ -61,10 +69,24 @@ int TerminalWidth(std::FILE* stream) {
 }
 
 bool UsesColour(std::FILE* stream) {
-  const char* no_colour = std::getenv("NO_COLOR");
-  const char* terminal = std::getenv("TERM");
-  return IsTerminal(stream) && (no_colour == nullptr || *no_colour == '\0') &&
-         (terminal == nullptr || std::string_view(terminal) != "dumb");
+  const char* const no_colour = std::getenv("NO_COLOR");
+  return !colour_is_off && IsTerminal(stream) && (no_colour == nullptr || *no_colour == '\0') && !IsDumb();
+}
+
+void NeverUseColour() noexcept { colour_is_off = true; }
+
+// In the order in which the C library asks for the character set.
+bool ShowsBlocks(std::FILE* stream) {
+  if (IsTerminal(stream) && IsDumb()) {
+    return false;
+  }
+  for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    if (const char* const value = std::getenv(name); value != nullptr && *value != '\0') {
+      const std::string_view locale(value);
+      return locale.find("UTF-8") != std::string_view::npos || locale.find("utf8") != std::string_view::npos;
+    }
+  }
+  return false;
 }
 
 std::string MissingLocaleHint() {

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 
 #include "host/platform/platform.h"
@@ -11,6 +12,8 @@ namespace corvo::telemetry::host {
 namespace {
 
 constexpr int kUsualWidth = 80;
+
+std::atomic<bool> colour_is_off = false;
 
 HANDLE HandleOf(std::FILE* stream) { return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))); }
 
@@ -52,9 +55,14 @@ bool UsesColour(std::FILE* stream) {
   const char* no_colour = std::getenv("NO_COLOR");
   DWORD mode = 0;
   const HANDLE console = HandleOf(stream);
-  return (no_colour == nullptr || *no_colour == '\0') && GetConsoleMode(console, &mode) != 0 &&
+  return !colour_is_off && (no_colour == nullptr || *no_colour == '\0') && GetConsoleMode(console, &mode) != 0 &&
          SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
+
+void NeverUseColour() noexcept { colour_is_off = true; }
+
+// Output is UTF-8, and the fonts of the console have them.
+bool ShowsBlocks(std::FILE* /*stream*/) { return true; }
 
 // Timestamps do without named locales here.
 std::string MissingLocaleHint() { return {}; }

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "host/samples/time_text.h"
+#include "host/show/time_text.h"
 
 namespace corvo::telemetry::host {
 namespace {

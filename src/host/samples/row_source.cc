@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "host/samples/time_text.h"
+#include "host/show/time_text.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -54,7 +54,10 @@ std::vector<Value> RowSource::Row(std::int64_t index) {
   const std::int64_t first = now_ - plan_.span_s;
   const std::int64_t start = first + plan_.span_s * index / plan_.rows;
   const std::int64_t end = first + plan_.span_s * (index + 1) / plan_.rows;
-  const std::int64_t time = start + Below(end - start);
+  return RowOf(start + Below(end - start));
+}
+
+std::vector<Value> RowSource::RowOf(std::int64_t time) {
   std::vector<Value> values = {TimeText(time)};
   for (int field = 1; field < plan_.type->field_count(); ++field) {
     values.push_back(MakeValue(*plan_.type->field(field), time));

@@ -19,11 +19,14 @@ namespace corvo::telemetry::host {
 /// Makes up the rows of one table, oldest first. The same seed gives the same rows on every platform.
 class RowSource {
  public:
-  /// @param now end of the time that the rows cover, in seconds since 1970-01-01 UTC.
+  /// @param now end of the time that the rows of `Row` cover, in seconds since 1970-01-01 UTC.
   RowSource(const TablePlan& plan, std::int64_t now, std::uint64_t seed);
 
   /// The values of the row with this index.
   [[nodiscard]] std::vector<Value> Row(std::int64_t index);
+
+  /// The values of a row of this time, in seconds since 1970-01-01 UTC.
+  [[nodiscard]] std::vector<Value> RowOf(std::int64_t time);
 
  private:
   std::int64_t Below(std::int64_t bound);
@@ -32,7 +35,7 @@ class RowSource {
   std::int64_t MakeNumber(const std::string& field, std::int64_t time);
   double MakeReal(const std::string& field);
 
-  const TablePlan& plan_;
+  TablePlan plan_;
   std::int64_t now_;
   // The standard fixes what this engine yields, but not what the standard distributions make of it.
   std::mt19937_64 random_;

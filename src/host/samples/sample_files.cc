@@ -86,7 +86,7 @@ std::int64_t WriteDatabase(const fs::path& file, const DatabasePlan& plan, std::
   }
   std::int64_t rows = 0;
   for (const TablePlan& table : plan.tables) {
-    writer.StartRows(table.table, ColumnsOf(*table.type).size());
+    writer.StartRows(table.table, ColumnsOf(*table.type));
     RowSource source(table, now, seed);
     for (std::int64_t row = 0; row < table.rows; ++row) {
       RequireNoInterruption();

@@ -1,6 +1,6 @@
 #include "host/show/failure.h"
 
-#include "host/show/run_json.h"
+#include "host/show/run/run_json.h"
 #include "host/show/standard_error.h"
 #include "host/show/standard_output.h"
 

@@ -20,6 +20,12 @@ enum ExitCode : int {
   kTerminated = 143,
 };
 
+/// The codes, for the end of a help text.
+inline constexpr const char* kExitCodes =
+    "Exit codes: 0 done, or nothing to do; 1 something was not done; 2 wrong usage; 3 something was found;\n"
+    "10 no data directory, or none that can be used; 11 another run is at work there; 12 module not loadable;\n"
+    "130 / 143 interrupted.";
+
 /// The exit code of a program that a signal, 2 or 15, has ended early.
 [[nodiscard]] constexpr ExitCode InterruptedBy(int signal) { return signal == 2 ? kInterrupted : kTerminated; }
 

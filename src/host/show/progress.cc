@@ -133,6 +133,14 @@ void ShowProgress(const ProgressState& state) {
   }
 }
 
+void ShowStep(const std::string& database, const char* step) noexcept {
+  try {
+    ShowProgress({.database = database, .step = step});
+  } catch (...) {
+    EndProgress();
+  }
+}
+
 void ClearProgress() noexcept { TheLine().Clear(); }
 
 void EndProgress() noexcept { TheLine().End(); }

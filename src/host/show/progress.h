@@ -22,6 +22,9 @@ struct ProgressState {
 /// @throws std::bad_alloc, std::system_error when there is no memory or no thread to be had.
 void ShowProgress(const ProgressState& state);
 
+/// Shows a step without a share done. Progress is a courtesy: without memory or a thread, work goes on without it.
+void ShowStep(const std::string& database, const char* step) noexcept;
+
 /// Erases the line, before something else is written; a moment later it comes back below.
 void ClearProgress() noexcept;
 

@@ -15,7 +15,7 @@ std::vector<std::size_t> ColumnWidths(const std::vector<TableLine>& lines, std::
   std::vector<std::size_t> widths(columns, 0);
   for (const TableLine& line : lines) {
     for (std::size_t column = 0; column < line.cells.size(); ++column) {
-      widths.at(column) = std::max(widths.at(column), line.cells[column].size());
+      widths.at(column) = std::max(widths.at(column), TextWidth(line.cells[column]));
     }
   }
   return widths;
@@ -25,15 +25,20 @@ std::string FormatLine(const TableLine& line, const std::vector<std::size_t>& wi
                        const std::vector<Align>& alignments) {
   std::string text;
   for (std::size_t column = 0; column < line.cells.size(); ++column) {
-    const std::string gap(column == 0 ? 0 : kGap, ' ');
-    text += alignments[column] == Align::kLeft ? fmt::format("{}{:<{}}", gap, line.cells[column], widths[column])
-                                               : fmt::format("{}{:>{}}", gap, line.cells[column], widths[column]);
+    const std::string& cell = line.cells[column];
+    const std::string fill(widths[column] - TextWidth(cell), ' ');
+    text += std::string(column == 0 ? 0 : kGap, ' ') + (alignments[column] == Align::kLeft ? cell + fill : fill + cell);
   }
   text.erase(text.find_last_not_of(' ') + 1);
   return text;
 }
 
 }  // namespace
+
+std::size_t TextWidth(std::string_view text) {
+  const auto begins = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U; };
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins));
+}
 
 std::string InTone(const std::string& text, Tone tone, bool colour) {
   if (!colour || tone == Tone::kPlain) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace corvo::telemetry::host {
@@ -13,6 +15,9 @@ struct TableLine {
   std::vector<std::string> cells;
   Tone tone = Tone::kPlain;
 };
+
+/// Columns that the text takes on a terminal: one for each character of its UTF-8.
+[[nodiscard]] std::size_t TextWidth(std::string_view text);
 
 /// Lays the lines out in columns that are as wide as their widest cell, two blanks apart, without blanks at line ends.
 ///

@@ -1,0 +1,80 @@
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/cli/commands.h"
+#include "host/cli/words/common_options.h"
+#include "host/cli/words/option_values.h"
+#include "host/facts/explain/explanation.h"
+#include "host/platform/platform.h"
+#include "host/show/advice.h"
+#include "host/show/explain/explain_json.h"
+#include "host/show/explain/explain_text.h"
+#include "host/show/standard_output.h"
+#include "storage/storage_options.h"
+
+namespace corvo::telemetry::host {
+namespace {
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  corvo-telemetry-host explain BatteryStatus              its limits, and what the next run deletes\n"
+    "  corvo-telemetry-host explain BatteryStatus --rowid 17   when and why that row goes\n";
+
+struct ExplainOptions {
+  std::string data_dir;  ///< empty: the environment's, else the platform's
+  std::string table;     ///< as the catalogue spells it
+  std::vector<std::int64_t> rowids;
+  Bounds bounds;
+};
+
+std::string Text(const CannotExplain& failure) {
+  std::string text = failure.what();
+  if (failure.Cause()) {
+    text += ". " + Advice(*failure.Cause());
+    std::replace(text.begin(), text.end(), '\n', ' ');  // advice is folded for a page
+  }
+  return text;
+}
+
+Explanation Look(const ExplainOptions& options) {
+  const DataDirectory directory = RequireDataDirectory(options.data_dir);
+  const Interruptions interruptions;
+  const shared::StorageOptionsScope storage(ReadOnlyOptionsOf(options.bounds, directory.path));
+  try {
+    Explanation explanation = Explain(directory.path, options.table, options.rowids, std::time(nullptr));
+    RequireNoInterruption();
+    return explanation;
+  } catch (const CannotExplain& failure) {
+    RequireNoInterruption();
+    throw CommandFailure(kPassFailed, Text(failure));
+  }
+}
+
+ExitCode ShowExplanation(const ExplainOptions& options, bool json) {
+  const Explanation explanation = Look(options);
+  Print(json ? ExplainDocument(explanation)
+             : ExplainText(explanation, static_cast<std::size_t>(TerminalWidth(stdout)), UsesColour(stdout)));
+  return kDone;
+}
+
+}  // namespace
+
+Action AddExplain(CLI::App& app) {
+  CLI::App& command = *app.add_subcommand("explain", "Show what limits a table, what goes next, and why");
+  const auto options = std::make_shared<ExplainOptions>();
+  AddTable(command, {"TABLE", "TABLE", "Table to explain; contracts shows all of them"}, options->table);
+  AddDataDirectory(command, options->data_dir);
+  AddNumbers(command, {"--rowid", "NUMBER", "Explain this row, too: when and why it goes; several times for several"},
+             options->rowids);
+  AddBounds(command, options->bounds);
+  command.footer(std::string(kExamples) + "\n" + kExitCodes);
+  return [options](bool json) { return ShowExplanation(*options, json); };
+}
+
+}  // namespace corvo::telemetry::host

@@ -1,0 +1,171 @@
+#include "host/show/run/run_text.h"
+
+#include <fmt/color.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "common/text.h"
+#include "host/show/advice.h"
+#include "host/show/json_text.h"
+#include "host/show/run/run_table.h"
+#include "host/show/units.h"
+
+namespace corvo::telemetry::host {
+namespace {
+
+std::string PassLines(const RunReport& report) {
+  std::string text;
+  for (std::size_t pass = 0; report.passes.size() > 1 && pass < report.passes.size(); ++pass) {
+    const PassOutcome& outcome = report.passes[pass];
+    text += fmt::format("Pass {}{}: {} deleted in {:.1f} s\n", pass + 1,
+                        outcome.database.empty() ? "" : " over " + outcome.database,
+                        Counted(outcome.rows_deleted, "row"), outcome.seconds);
+  }
+  return text;
+}
+
+std::string Coloured(const std::string& text, fmt::terminal_color colour, bool use) {
+  return use ? fmt::format(fmt::fg(colour) | fmt::emphasis::bold, "{}", text) : text;
+}
+
+/// What is to be known of tables: those that are missing, and those that lost most of their rows.
+std::string TableNotes(const RunReport& report) {
+  std::vector<std::string> missing;
+  bool lost_most = false;
+  for (const DatabaseReport& database : report.databases) {
+    for (const TableReport& table : database.tables) {
+      lost_most = lost_most || table.LostMost();
+      if (table.missing) {
+        missing.push_back(table.table);
+      }
+    }
+  }
+  return (missing.empty() ? "" : fmt::format("Not there, which is no failure: {}\n", fmt::join(missing, ", "))) +
+         (lost_most ? "LOST: the share of its rows that a table lost, where it is more than half\n" : "");
+}
+
+std::string PassFailure(const PassOutcome& pass, bool colour) {
+  const std::string where = pass.failure            ? fmt::format(" in {}", pass.failure->database)
+                            : pass.database.empty() ? ""
+                                                    : " over " + pass.database;
+  std::string text =
+      fmt::format("The pass failed{}: {} ({} {})", where, pass.result.what.empty() ? "no message" : pass.result.what,
+                  CategoryName(pass.result.category), pass.result.code);
+  if (pass.failure) {
+    text += "; the statement was " + pass.failure->sql;
+  }
+  return Coloured(Printable(text), fmt::terminal_color::red, colour);
+}
+
+/// Each advice once, with the databases that it is for.
+std::vector<std::string> AdviceLines(const RunReport& report) {
+  std::vector<std::pair<std::string, std::vector<std::string>>> advices;
+  for (const DatabaseReport& database : report.databases) {
+    const std::string advice = database.problem ? Advice(*database.problem) : "";
+    if (advice.empty()) {
+      continue;
+    }
+    auto found = std::find_if(advices.begin(), advices.end(), [&](const auto& each) { return each.first == advice; });
+    if (found == advices.end()) {
+      found = advices.insert(advices.end(), {advice, {}});
+    }
+    found->second.push_back(database.name);
+  }
+  std::vector<std::string> lines;
+  lines.reserve(advices.size());
+  for (const auto& [advice, names] : advices) {
+    lines.push_back(fmt::format("{}: {}", fmt::join(names, ", "), advice));
+  }
+  return lines;
+}
+
+/// What failed, and what to do.
+std::vector<std::string> FailureLines(const RunReport& report, bool colour) {
+  std::vector<std::string> lines;
+  for (const PassOutcome& pass : report.passes) {
+    if (pass.result.Failed() && report.signal == 0) {
+      lines.push_back(PassFailure(pass, colour));
+    }
+  }
+  const std::vector<std::string> advice = AdviceLines(report);
+  if (advice.empty() && !lines.empty()) {
+    lines.push_back(Advice(report.Result()));
+  }
+  lines.insert(lines.end(), advice.begin(), advice.end());
+  return lines;
+}
+
+std::string NotCleaned(const RunReport& report) {
+  std::vector<std::string> parts;
+  for (const DatabaseReport& database : report.databases) {
+    if (database.problem) {
+      parts.push_back(fmt::format("{} ({})", database.name, Printable(database.problem->reason)));
+    }
+  }
+  return fmt::format("{}", fmt::join(parts, ", "));
+}
+
+std::string Figures(const RunReport& report, const Sums& total) {
+  const std::string change = Change(total.bytes_before, total.bytes_after);
+  if (report.planned) {
+    return fmt::format(
+        "{} would go, {}", Counted(total.deleted.Sum(), "row"),
+        change.starts_with("grew") ? "the files would grow" : (change.empty() ? "0 B" : change) + " would be freed");
+  }
+  return fmt::format("{} deleted, {} in {:.1f} s", Counted(total.deleted.Sum(), "row"),
+                     change.starts_with("grew") ? change : (change.empty() ? "0 B" : change) + " freed",
+                     report.Seconds());
+}
+
+bool AllIsWell(const RunReport& report) { return report.signal == 0 && !report.Result().Failed(); }
+
+/// What became of the databases, or would.
+std::string Verb(const RunReport& report) {
+  if (report.signal != 0) {
+    return report.planned ? "Interrupted: would clean" : "Interrupted: cleaned";
+  }
+  return report.planned ? "Would clean" : "Cleaned";
+}
+
+/// How the run went, in one line.
+std::string Outcome(const RunReport& report) {
+  const auto all = static_cast<std::int64_t>(report.databases.size());
+  if (AllIsWell(report)) {
+    return fmt::format("{} {}", Verb(report), Counted(all, "database"));
+  }
+  const std::string rest = NotCleaned(report);
+  return fmt::format("{} {} of {}{}", Verb(report), report.Cleaned(), Counted(all, "database"),
+                     rest.empty() ? "" : "; not cleaned: " + rest);
+}
+
+}  // namespace
+
+std::string RunText(const RunReport& report, bool colour, int width) {
+  if (report.databases.empty() && report.signal == 0) {
+    return fmt::format("Nothing to clean: {} ({}) holds none of the {}\n", Printable(common::Utf8(report.directory)),
+                       report.directory_source,
+                       report.narrowed ? "databases that were named" : "catalogue's databases");
+  }
+  const Sums total = SumUp(report);
+  std::string failures;
+  for (const std::string& line : FailureLines(report, colour)) {
+    failures += line + "\n";
+  }
+  const std::string table = report.databases.empty() ? "" : RunTable(report, colour, width);
+  return fmt::format("{} ({}){}\n\n", Printable(common::Utf8(report.directory)), report.directory_source,
+                     report.planned ? ", planned on copies: nothing there was changed" : "") +
+         table + PassLines(report) + TableNotes(report) + failures +
+         (AllIsWell(report)
+              ? Coloured(Outcome(report) + ": " + Figures(report, total), fmt::terminal_color::green, colour)
+              : Coloured(Outcome(report), fmt::terminal_color::red, colour) + "\n" + Figures(report, total)) +
+         "\n";
+}
+
+std::vector<std::string> Failures(const RunReport& report) {
+  std::vector<std::string> lines = FailureLines(report, false);
+  lines.push_back(Outcome(report));
+  return lines;
+}
+
+}  // namespace corvo::telemetry::host

@@ -1,0 +1,163 @@
+#include "host/show/verify/verify_text.h"
+
+#include <fmt/core.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "common/text.h"
+#include "host/show/advice.h"
+#include "host/show/text_table.h"
+#include "host/show/time_text.h"
+#include "host/show/units.h"
+#include "host/show/verify/breach_text.h"
+
+namespace corvo::telemetry::host {
+namespace {
+
+std::string WordOf(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::kNone:
+      return "-";
+    case Outcome::kKept:
+      return "ok";
+    case Outcome::kUnknown:
+      return "?";
+    case Outcome::kBroken:
+      break;
+  }
+  return "BROKEN";
+}
+
+std::int64_t NewRows(const DatabaseCheck& database) {
+  std::int64_t rows = 0;
+  for (const TableVerdict& table : database.tables) {
+    rows += table.came_since;
+  }
+  return rows;
+}
+
+TableLine LineOf(const DatabaseCheck& database) {
+  TableLine line{{database.name}, database.breaches.empty() ? Tone::kPlain : Tone::kWarning};
+  for (const Promise promise : kPromises) {
+    line.cells.push_back(WordOf(database.outcomes.Of(promise)));
+  }
+  if (const std::int64_t rows = NewRows(database); rows > 0) {
+    line.cells.push_back(WithSeparators(rows));
+  }
+  return line;
+}
+
+std::string Table(const Verification& verification, bool colour) {
+  std::vector<TableLine> lines = {
+      {{"", "", "", "NO FREE", "NONE", "WITHIN", "NOTHING"}, Tone::kFaint},
+      {{"DATABASE", "CLEANED", "SOUND", "PAGES", "TOO OLD", "LIMITS", "LOST"}, Tone::kFaint}};
+  if (std::any_of(verification.databases.begin(), verification.databases.end(),
+                  [](const DatabaseCheck& each) { return NewRows(each) > 0; })) {
+    lines[0].cells.emplace_back("NEW");
+    lines[1].cells.emplace_back("ROWS");
+  }
+  std::vector<Align> alignments(kPromises.size() + 1, Align::kLeft);
+  alignments.push_back(Align::kRight);
+  for (const DatabaseCheck& database : verification.databases) {
+    lines.push_back(LineOf(database));
+  }
+  return FormatTable(lines, alignments, colour);
+}
+
+/// What is held against what.
+std::string Basis(const Verification& verification) {
+  std::set<std::int64_t> runs;
+  bool unrecorded = false;
+  for (const DatabaseCheck& database : verification.databases) {
+    unrecorded = unrecorded || !database.run;
+    if (database.run) {
+      runs.insert(database.run->start);
+    }
+  }
+  constexpr const char* kUnrecorded = "limits count from now, and what was lost cannot be told\n";
+  if (!verification.history_problem.empty()) {
+    return fmt::format("The record of the runs cannot be read: {}\nSo {}", Printable(verification.history_problem),
+                       kUnrecorded);
+  }
+  if (runs.empty()) {
+    return fmt::format("No run is recorded: {}", kUnrecorded);
+  }
+  const std::string text = runs.size() == 1 ? fmt::format("After the run of {}\n", TimeText(*runs.begin()))
+                                            : fmt::format("After the last run of each, from {} to {}\n",
+                                                          TimeText(*runs.begin()), TimeText(*runs.rbegin()));
+  return unrecorded ? fmt::format("{}For some no run is recorded: {}", text, kUnrecorded) : text;
+}
+
+/// What breaks the promises of a database, and what kept them from being seen.
+std::string Reasons(const DatabaseCheck& database, bool colour) {
+  std::string text;
+  for (const Breach& breach : database.breaches) {
+    text += "  " + BreachText(breach) + "\n";
+  }
+  if (database.problem) {
+    text += fmt::format("  cannot be looked at: {}\n", Printable(database.problem->reason));
+  }
+  return text.empty() ? "" : InTone(database.name, Tone::kStrong, colour) + "\n" + text;
+}
+
+/// What to do about files that are damaged or cannot be looked at; each advice once, with the databases it is for.
+std::string AdviceLines(const Verification& verification) {
+  std::map<std::string, std::vector<std::string>> all;
+  for (const DatabaseCheck& database : verification.databases) {
+    if (database.problem) {
+      all[Advice(*database.problem)].push_back(database.name);
+    } else if (database.damage.Failed()) {
+      all[Advice(database.damage)].push_back(database.name);
+    }
+  }
+  all.erase("");
+  std::string text;
+  for (const auto& [advice, names] : all) {
+    text += fmt::format("{}: {}\n", fmt::join(names, ", "), advice);
+  }
+  return text;
+}
+
+std::string Summary(const Verification& verification) {
+  std::int64_t breaches = 0;
+  std::int64_t broken = 0;
+  std::int64_t rows = 0;
+  for (const DatabaseCheck& database : verification.databases) {
+    breaches += static_cast<std::int64_t>(database.breaches.size());
+    broken += database.breaches.empty() ? 0 : 1;
+    rows += NewRows(database);
+  }
+  const auto all = static_cast<std::int64_t>(verification.databases.size());
+  if (breaches > 0) {
+    return fmt::format("{} in {} of {}", Counted(breaches, "broken promise"), broken, Counted(all, "database"));
+  }
+  return fmt::format("{} in {}{}",
+                     verification.IsComplete() ? "No broken promise" : "No broken promise found, but not all was seen,",
+                     Counted(all, "database"),
+                     rows > 0 ? fmt::format("; {} came in since, which no limit counts", Counted(rows, "row")) : "");
+}
+
+}  // namespace
+
+std::string VerifyText(const Verification& verification, bool colour) {
+  const std::string place =
+      fmt::format("{} ({})", Printable(common::Utf8(verification.directory)), Printable(verification.directory_source));
+  if (verification.databases.empty()) {
+    return fmt::format("Nothing to verify: {} holds no database of the catalogue, and no run is recorded there\n",
+                       place);
+  }
+  std::string reasons;
+  for (const DatabaseCheck& database : verification.databases) {
+    reasons += Reasons(database, colour);
+  }
+  reasons += AdviceLines(verification);
+  const Tone tone = verification.AnythingBroken() ? Tone::kWarning : Tone::kStrong;
+  return fmt::format("{}\n{}\n{}\n{}{}{}\n", place, Basis(verification), Table(verification, colour), reasons,
+                     reasons.empty() ? "" : "\n", InTone(Summary(verification), tone, colour));
+}
+
+}  // namespace corvo::telemetry::host

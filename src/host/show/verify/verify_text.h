@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "host/facts/record/verification.h"
+
+namespace corvo::telemetry::host {
+
+/// Whether the promises of the last run are kept, for people: a table of databases and promises, what breaks any, and
+/// the outcome last.
+[[nodiscard]] std::string VerifyText(const Verification& verification, bool colour);
+
+}  // namespace corvo::telemetry::host
