@@ -32,13 +32,16 @@ if(CORVO_SANITIZE)
   add_link_options(-fsanitize=${CORVO_SANITIZE})
 endif()
 if(CORVO_COVERAGE)
-  add_compile_options(--coverage -fprofile-abs-path -fprofile-update=atomic)
   add_link_options(--coverage)
 endif()
 
 # Settings of every target whose code is ours.
 function(corvo_configure target)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:corvo-options>)
+  # What is loaded into hosts is measured, neither the command-line host nor tests.
+  if(CORVO_COVERAGE AND CMAKE_CURRENT_SOURCE_DIR MATCHES "/src/[^/]+$" AND NOT target MATCHES "host")
+    target_compile_options(${target} PRIVATE --coverage -fprofile-abs-path -fprofile-update=atomic)
+  endif()
 endfunction()
 
 # Link settings of everything that is loaded into a host: no symbol left open, read-only relocations, neighbours only.
