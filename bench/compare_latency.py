@@ -1,0 +1,120 @@
+"""What collectors feel: how late rows come in that are inserted while a pass is at work on their database."""
+
+import shutil
+import sqlite3
+import subprocess
+import time
+from dataclasses import dataclass
+
+from compare_data import MEGABYTE
+from compare_idle import ALWAYS, modes_of
+from compare_measure import MeasuringFailed, percentile
+
+SIZES_MB = (10, 50, 200, 1000)
+JOURNAL_MODES = ("delete", "wal")
+INTERVAL_MS = 5
+BUSY_TIMEOUT_S = 30
+QUIET_S = 2.0
+
+# A table that a pass cleans, with as many rows as it leaves, one day of them expired; and one that no contract names,
+# which fills the file and is only compacted.
+ROWS = 36_000
+RETENTION_DAYS = 90
+DETAIL_BYTES = 220
+MAKE = """
+CREATE TABLE PowerEvents (time TEXT, event_kind TEXT, power_source TEXT, charge_percent INTEGER, uptime_s INTEGER,
+  lid_open INTEGER, user_initiated INTEGER);
+WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < :rows)
+INSERT INTO PowerEvents SELECT strftime('%Y-%m-%dT%H:%M:%S+00:00', 'now', '-' || (:span * (:rows - i) / :rows) ||
+  ' seconds'), 'standby', 'dc', i % 101, i, 0, 1 FROM n;
+CREATE TABLE Details (time TEXT, detail TEXT);
+WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < :details)
+INSERT INTO Details SELECT '2026-01-01T00:00:00+00:00', printf('%0200d', i) FROM n;
+"""
+INSERT = (
+    "INSERT INTO PowerEvents VALUES (strftime('%Y-%m-%dT%H:%M:%S+00:00', 'now'), 'resumed', 'ac', 50, 1, 1, 0)"
+)
+
+
+@dataclass(frozen=True)
+class Latency:
+    """Milliseconds from the moment that a row is due to the one that it is in, of the rows that were due in the pass."""
+
+    size_mb: int
+    journal_mode: str
+    compacted: bool
+    quiet_p99_ms: float
+    p50_ms: float
+    p99_ms: float
+    longest_ms: float
+    rows: int
+    pass_s: float
+
+
+def make_database(directory, size_mb, journal_mode):
+    shutil.rmtree(directory, ignore_errors=True)
+    directory.mkdir(parents=True)
+    file = directory / "DeviceUsage.db"
+    connection = sqlite3.connect(file)
+    connection.execute("PRAGMA synchronous = OFF")
+    connection.execute(f"PRAGMA journal_mode = {journal_mode}")
+    values = {
+        "rows": min(ROWS, size_mb * ROWS // SIZES_MB[0]),
+        "span": (RETENTION_DAYS + 1) * 86_400,
+        "details": size_mb * MEGABYTE * 7 // 10 // DETAIL_BYTES,
+    }
+    for statement in filter(str.strip, MAKE.split(";")):
+        connection.execute(statement, values if ":" in statement else {})
+    connection.commit()
+    connection.close()
+    return file
+
+
+class Writer:
+    """A collector at work, for as long as the object is entered."""
+
+    def __init__(self, program, file):
+        self._words = [program, file, INSERT, str(INTERVAL_MS)]
+        self.inserts = []
+
+    def __enter__(self):
+        self._process = subprocess.Popen(self._words, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        return self
+
+    def __exit__(self, kind, value, trace):
+        self._process.terminate()
+        printed, problem = self._process.communicate()
+        if self._process.returncode != 0 and kind is None:
+            raise MeasuringFailed(f"the writer failed: {problem.strip()}")
+        self.inserts = [tuple(int(moment) for moment in line.split()) for line in printed.splitlines()]
+
+    def latencies_ms(self, start, end):
+        return [(done - due) / 1e6 for due, done in self.inserts if start <= due < end]
+
+
+def measure_pass(programs, meter, size_mb, journal_mode, mode, work):
+    file = make_database(work / "latency", size_mb, journal_mode)
+    writer = Writer(programs.writer, file)
+    with writer:
+        time.sleep(QUIET_S)
+        start = time.monotonic_ns()
+        meter.run(programs.run(file.parent, "--busy-timeout", str(BUSY_TIMEOUT_S), *mode))
+        end = time.monotonic_ns()
+        time.sleep(QUIET_S / 4)
+    quiet = writer.latencies_ms(start - int(QUIET_S / 2 * 1e9), start)
+    late = writer.latencies_ms(start, end)
+    return Latency(
+        size_mb, journal_mode, mode == ALWAYS, percentile(quiet, 99), percentile(late, 50), percentile(late, 99),
+        max(late), len(late), (end - start) / 1e9,
+    )
+
+
+def measure_latencies(programs, meter, sizes_mb, work, say):
+    latencies = []
+    for size_mb in sizes_mb:
+        for journal_mode in JOURNAL_MODES:
+            for mode in modes_of(programs, meter):
+                latencies.append(measure_pass(programs, meter, size_mb, journal_mode, mode, work))
+                say(f"latency, {size_mb} MB, {journal_mode}: at most {latencies[-1].longest_ms:.0f} ms")
+    shutil.rmtree(work / "latency")
+    return latencies
