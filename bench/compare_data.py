@@ -14,11 +14,8 @@ MEGABYTE = 1_000_000
 DAYS = 730
 SEED = 1
 
-# The generator takes a factor on the number of rows. One database of the five holds most of the bytes, in few long rows.
-# It would be far below its size limit in small directories, which go without it: so every size has something to trim.
-LARGEST_DATABASE = "DeviceProfileEvents.db"
+# The generator takes a factor on the number of rows: every size has the same tables, in the same proportion.
 MEGABYTES_AT_SCALE_1 = 34.9
-MEGABYTES_WITHOUT_LARGEST = 9.9
 
 
 def today():
@@ -88,13 +85,10 @@ class Masters:
         return json.loads(done.stdout)
 
     def _generate(self, size_mb, directory):
-        with_largest = size_mb >= MEGABYTES_AT_SCALE_1
-        scale = size_mb / (MEGABYTES_AT_SCALE_1 if with_largest else MEGABYTES_WITHOUT_LARGEST)
+        scale = size_mb / MEGABYTES_AT_SCALE_1
         day = today()
         words = {"--scale": scale, "--days": DAYS, "--seed": SEED, "--now": day, "--data-dir": directory}
         self._ask("generate", *[str(word) for pair in words.items() for word in pair])
-        if not with_largest:
-            (directory / LARGEST_DATABASE).unlink()
         return day
 
     def _clear_cutoffs(self, directory, day):
