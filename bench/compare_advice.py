@@ -52,26 +52,26 @@ QUESTIONS = (
             "on `time`": replace(BASE, index="time"),
             "on `datetime(time)`": replace(BASE, index="datetime(time)"),
         },
-        "An index on `time` brings a pass nothing: it asks for `datetime(time)`, which such an index cannot answer. One on "
-        "`datetime(time)` makes the search short, and every insertion, deletion and check longer: worth it only where few "
-        "of many rows expire in a pass.",
+        "An index on `time` brings a pass nothing: a pass asks for `datetime(time)`, which it cannot answer.\n"
+        "One on `datetime(time)` makes the search short, and every insertion, deletion and check longer: worth it\n"
+        "only where few of many rows expire in a pass.",
     ),
     Question(
         "Journal mode",
         {mode: replace(FEW, journal_mode=mode, rows_a_transaction=1) for mode in ("delete", "wal")},
-        "One row a transaction: WAL spares the rollback journal, which is made, written and deleted for each of them, and "
-        "readers do not hold up the writer. A pass keeps the mode that it finds.",
+        "One row a transaction: WAL spares the rollback journal, which is made, written and deleted for each of them,\n"
+        "and readers do not hold up the writer. A pass keeps the mode that it finds.",
     ),
     Question(
         "Page size",
         {f"{size} bytes": replace(BASE, page_size=size) for size in (1024, 4096, 16384)},
-        "SQLite's default, 4096 bytes, serves rows like these; another size has to earn its place in a measurement with "
-        "the collector's own rows.",
+        "SQLite's default, 4096 bytes, serves rows like these; another size has to earn its place in a measurement\n"
+        "with the collector's own rows.",
     ),
     Question(
         "Transaction size",
-        {f"{rows} rows": replace(FEW, rows_a_transaction=rows) for rows in (1, 10, 100)},
-        "Each transaction waits for the disk. A collector that gathers rows for a second and writes them together "
+        {("1 row" if rows == 1 else f"{rows} rows"): replace(FEW, rows_a_transaction=rows) for rows in (1, 10, 100)},
+        "Each transaction waits for the disk. A collector that gathers rows for a second and writes them together\n"
         "spares most of these waits, and locks the file that much more seldom.",
     ),
 )

@@ -63,7 +63,8 @@ class Meter:
                 [self._program, self._figures, *words], stdin=stdin, capture_output=True, text=True, check=False
             )
         if done.returncode != 0 and not command.may_fail:
-            raise MeasuringFailed(f"{Path(words[0]).name} failed with exit code {done.returncode}: {done.stderr.strip()}")
+            program = Path(words[0]).name
+            raise MeasuringFailed(f"{program} failed with exit code {done.returncode}: {done.stderr.strip()}")
         return usage_of(self._figures.read_text()), done.stdout
 
     def run_all(self, commands):
@@ -74,7 +75,8 @@ class Meter:
 
 
 def median_usage(usages):
-    return Usage(**{each.name: statistics.median(getattr(usage, each.name) for usage in usages) for each in fields(Usage)})
+    names = [each.name for each in fields(Usage)]
+    return Usage(**{name: statistics.median(getattr(usage, name) for usage in usages) for name in names})
 
 
 def median_ratio(values, bases):

@@ -12,16 +12,21 @@ from compare_targets import MEGABYTE_KIB, targets_of
 from compare_variants import VARIANTS
 
 PLOT = """
-set terminal svg size 860,520 font "Helvetica,Arial,sans-serif,13" background "#ffffff"
+set terminal svg size 780,500 font "Helvetica,Arial,sans-serif,13" background "#ffffff"
 set output "{output}"
 set logscale xy
 set grid linecolor "#d0d0d0"
-set key outside right
+set key top left Left reverse
 set xlabel "size of the directory (MB)"
 set ylabel "time (s)"
 {data}
 plot {curves}
 """
+COMPARISON_HEAD = (
+    "", "time", "÷ bare C", "CPU", "÷ bare C", "memory MB", "read MB", "written MB", "from disk MB", "to disk MB"
+)
+IDLE_HEAD = ("directory at first", "compaction", "left MB", "time", "read MB", "÷ left", "written MB", "÷ left")
+LATENCY_HEAD = ("database", "journal", "compaction", "no pass p99", "p50", "p99", "longest", "rows", "run")
 COLOURS = ("#005f9e", "#2a9d4a", "#7fc97f", "#222222", "#888888", "#c05000", "#a0307f")
 
 
@@ -52,13 +57,12 @@ def comparison_row(variant, figures):
 
 
 def comparison_text(comparison):
-    head = ["", "time", "÷ bare C", "CPU", "÷ bare C", "memory MB", "read MB", "written MB", "from disk MB", "to disk MB"]
     rows = [comparison_row(variant, comparison.figures[variant]) for variant in VARIANTS]
     return (
         f"### {comparison.size_mb} MB\n\n"
         f"{megabytes(comparison.bytes_before)} MB with {comparison.rows_before:,} rows; after the pass "
         f"{megabytes(comparison.bytes_after)} MB with {comparison.rows_after:,} rows, the same ones for every way.\n\n"
-        f"{table(head, rows)}"
+        f"{table(COMPARISON_HEAD, rows)}"
     )
 
 
@@ -85,8 +89,7 @@ def idle_text(passes):
         ]
         for each in passes
     ]
-    head = ["directory before the first run", "compaction", "left MB", "time", "read MB", "÷ left", "written MB", "÷ left"]
-    return "### The idle pass\n\n" + table(head, rows)
+    return "### The idle pass\n\n" + table(IDLE_HEAD, rows)
 
 
 def latency_text(latencies):
@@ -101,8 +104,7 @@ def latency_text(latencies):
         ]
         for each in latencies
     ]
-    head = ["database", "journal", "compaction", "no pass p99", "p50", "p99", "longest", "rows", "run"]
-    return table(head, rows)
+    return table(LATENCY_HEAD, rows)
 
 
 def advice_text(answers):
@@ -130,17 +132,21 @@ def first_match(pattern, file):
     return found[1] if found else "unknown"
 
 
+def output_of(*words):
+    return subprocess.run(words, capture_output=True, text=True, check=True).stdout.strip()
+
+
 def machine_text(work, rounds):
     """What the figures depend on, and nothing that names the machine."""
     model = first_match(r"^model name\s*: (.+)$", "/proc/cpuinfo")
     memory = int(first_match(r"^MemTotal:\s*(\d+)", "/proc/meminfo")) / MEGABYTE_KIB / 1000
-    stat = subprocess.run(["stat", "-f", "-c", "%T", work], capture_output=True, text=True, check=True)
-    shell = subprocess.run(["sqlite3", "--version"], capture_output=True, text=True, check=True)
+    file_system = output_of("findmnt", "-n", "-o", "FSTYPE", "-T", work)
+    sqlite = output_of("sqlite3", "--version").split()[0]
     facts = [
         f"{model}, {os.cpu_count()} processors, {memory:.0f} GB of memory",
-        f"file system {stat.stdout.strip()}, Linux {os.uname().release}",
-        f"SQLite {shell.stdout.split()[0]}; that of Python is {sqlite3.sqlite_version}",
-        f"{date.today()}, medians of {rounds} rounds",
+        f"file system {file_system}, Linux {os.uname().release}",
+        f"SQLite {sqlite}; that of Python is {sqlite3.sqlite_version}",
+        f"{date.today()}, medians of {rounds} round{'s' if rounds > 1 else ''}",
     ]
     return "\n".join(f"- {fact}" for fact in facts)
 
