@@ -2,14 +2,16 @@
 
 import shutil
 import sqlite3
+import statistics
 import subprocess
 import time
 from dataclasses import dataclass
 
-from compare_data import MEGABYTE
+from compare_data import MEGABYTE, copy_fresh
 from compare_idle import ALWAYS, modes_of
 from compare_measure import MeasuringFailed, percentile
 
+FILE = "DeviceUsage.db"
 SIZES_MB = (10, 50, 200, 1000)
 JOURNAL_MODES = ("delete", "wal")
 INTERVAL_MS = 5
@@ -20,7 +22,7 @@ QUIET_S = 2.0
 # which fills the file and is only compacted.
 ROWS = 36_000
 RETENTION_DAYS = 90
-DETAIL_BYTES = 220
+ROW_BYTES, DETAIL_BYTES = 53, 242
 MAKE = """
 CREATE TABLE PowerEvents (time TEXT, event_kind TEXT, power_source TEXT, charge_percent INTEGER, uptime_s INTEGER,
   lid_open INTEGER, user_initiated INTEGER);
@@ -31,14 +33,12 @@ CREATE TABLE Details (time TEXT, detail TEXT);
 WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < :details)
 INSERT INTO Details SELECT '2026-01-01T00:00:00+00:00', printf('%0200d', i) FROM n;
 """
-INSERT = (
-    "INSERT INTO PowerEvents VALUES (strftime('%Y-%m-%dT%H:%M:%S+00:00', 'now'), 'resumed', 'ac', 50, 1, 1, 0)"
-)
+INSERT = "INSERT INTO PowerEvents VALUES (strftime('%Y-%m-%dT%H:%M:%S+00:00', 'now'), 'resumed', 'ac', 50, 1, 1, 0)"
 
 
 @dataclass(frozen=True)
 class Latency:
-    """Milliseconds from the moment that a row is due to the one that it is in, of the rows that were due in the run."""
+    """Milliseconds from the moment that a row is due to the one that it is in, of the rows that were due in the runs."""
 
     size_mb: int
     journal_mode: str
@@ -55,20 +55,16 @@ class Latency:
 def make_database(directory, size_mb, journal_mode):
     shutil.rmtree(directory, ignore_errors=True)
     directory.mkdir(parents=True)
-    file = directory / "DeviceUsage.db"
-    connection = sqlite3.connect(file)
+    connection = sqlite3.connect(directory / FILE)
     connection.execute("PRAGMA synchronous = OFF")
     connection.execute(f"PRAGMA journal_mode = {journal_mode}")
-    values = {
-        "rows": min(ROWS, size_mb * ROWS // SIZES_MB[0]),
-        "span": (RETENTION_DAYS + 1) * 86_400,
-        "details": size_mb * MEGABYTE * 7 // 10 // DETAIL_BYTES,
-    }
+    rows = min(ROWS, size_mb * MEGABYTE // 2 // ROW_BYTES)
+    details = (size_mb * MEGABYTE - rows * ROW_BYTES) // DETAIL_BYTES
+    values = {"rows": rows, "span": (RETENTION_DAYS + 1) * 86_400, "details": details}
     for statement in filter(str.strip, MAKE.split(";")):
-        connection.execute(statement, values if ":" in statement else {})
+        connection.execute(statement, values)
     connection.commit()
     connection.close()
-    return file
 
 
 class Writer:
@@ -104,37 +100,54 @@ def clean(programs, meter, directory, mode):
         return False
 
 
-def measure_run(programs, meter, size_mb, journal_mode, mode, work):
-    file = make_database(work / "latency", size_mb, journal_mode)
-    writer = Writer(programs.writer, file)
+@dataclass(frozen=True)
+class WatchedRun:
+    quiet_ms: list
+    late_ms: list
+    run_s: float
+    cleaned: bool
+
+
+def watch_run(programs, meter, master, directory, mode):
+    copy_fresh(master, directory)
+    writer = Writer(programs.writer, directory / FILE)
     with writer:
         time.sleep(QUIET_S)
         start = time.monotonic_ns()
-        cleaned = clean(programs, meter, file.parent, mode)
+        cleaned = clean(programs, meter, directory, mode)
         end = time.monotonic_ns()
-        time.sleep(QUIET_S / 4)
-    quiet = writer.latencies_ms(start - int(QUIET_S / 2 * 1e9), start)
-    late = writer.latencies_ms(start, end)
+    quiet_ms = writer.latencies_ms(start - int(QUIET_S / 2 * 1e9), start)
+    return WatchedRun(quiet_ms, writer.latencies_ms(start, end), (end - start) / 1e9, cleaned)
+
+
+def latency_of(size_mb, journal_mode, mode, runs):
+    quiet_ms = [each for run in runs for each in run.quiet_ms]
+    late_ms = [each for run in runs for each in run.late_ms]
     return Latency(
         size_mb,
         journal_mode,
         mode == ALWAYS,
-        percentile(quiet, 99),
-        percentile(late, 50),
-        percentile(late, 99),
-        max(late),
-        len(late),
-        (end - start) / 1e9,
-        cleaned,
+        percentile(quiet_ms, 99),
+        percentile(late_ms, 50),
+        percentile(late_ms, 99),
+        max(late_ms),
+        len(late_ms),
+        statistics.median(run.run_s for run in runs),
+        all(run.cleaned for run in runs),
     )
 
 
-def measure_latencies(programs, meter, sizes_mb, work, say):
+def measure_latencies(programs, meter, sizes_mb, rounds, work, say):
     latencies = []
+    master, copy = work / "latency", work / "copy"
     for size_mb in sizes_mb:
         for journal_mode in JOURNAL_MODES:
-            for mode in modes_of(programs, meter):
-                latencies.append(measure_run(programs, meter, size_mb, journal_mode, mode, work))
-                say(f"latency, {size_mb} MB, {journal_mode}: at most {latencies[-1].longest_ms:.0f} ms")
-    shutil.rmtree(work / "latency")
+            make_database(master, size_mb, journal_mode)
+            runs = {mode: [] for mode in modes_of(programs, meter)}
+            for _ in range(rounds):
+                for mode, own in runs.items():
+                    own.append(watch_run(programs, meter, master, copy, mode))
+            latencies += [latency_of(size_mb, journal_mode, mode, own) for mode, own in runs.items()]
+            say(f"latency, {size_mb} MB, {journal_mode}: at most {latencies[-1].longest_ms:.0f} ms")
+    shutil.rmtree(master)
     return latencies

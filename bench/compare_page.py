@@ -164,17 +164,11 @@ def draw(comparisons, output):
         raise MeasuringFailed(f"gnuplot failed: {done.stderr.strip()}")
 
 
-def replace_part(page, name, text):
+def write_part(file, name, text):
     """Puts the text between the page's two marks of that name."""
     begin, end = f"<!-- {name}: measured -->", f"<!-- {name}: end -->"
     pattern = re.compile(f"{re.escape(begin)}.*?{re.escape(end)}", re.DOTALL)
-    if not pattern.search(page):
-        raise MeasuringFailed(f"the page has no place for the part {name}: it needs {begin} and {end}")
-    return pattern.sub(lambda _: f"{begin}\n\n{text}\n\n{end}", page)
-
-
-def write_page(file, parts):
     page = file.read_text(encoding="utf-8")
-    for name, text in parts.items():
-        page = replace_part(page, name, text)
-    file.write_text(page, encoding="utf-8")
+    if not pattern.search(page):
+        raise MeasuringFailed(f"{file.name} has no place for the part {name}: it needs {begin} and {end}")
+    file.write_text(pattern.sub(lambda _: f"{begin}\n\n{text}\n\n{end}", page), encoding="utf-8")

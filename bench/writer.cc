@@ -48,9 +48,14 @@ class Collector {
     sqlite3_close(database_);
   }
 
+  /// Whatever it takes: one that has waited in vain tries again.
   void InsertRow() {
-    sqlite3_step(insert_);
-    Check(sqlite3_reset(insert_));
+    int code = SQLITE_BUSY;
+    while (code == SQLITE_BUSY) {
+      sqlite3_step(insert_);
+      code = sqlite3_reset(insert_);
+    }
+    Check(code);
   }
 
  private:
