@@ -140,7 +140,7 @@ def machine_text(work, rounds):
     """What the figures depend on, and nothing that names the machine."""
     model = first_match(r"^model name\s*: (.+)$", "/proc/cpuinfo")
     memory = int(first_match(r"^MemTotal:\s*(\d+)", "/proc/meminfo")) / MEGABYTE_KIB / 1000
-    file_system = output_of("findmnt", "-n", "-o", "FSTYPE", "-T", work)
+    file_system = output_of("findmnt", "-n", "-o", "FSTYPE", "-T", work).split()[-1]
     sqlite = output_of("sqlite3", "--version").split()[0]
     facts = [
         f"{model}, {os.cpu_count()} processors, {memory:.0f} GB of memory",
