@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "common/text.h"
+#include "storage/compaction.h"
 #include "storage/copy.h"
 #include "storage/failure.h"
 #include "storage/soundness.h"
@@ -192,15 +193,21 @@ Error Connection::Run(const std::string& sql, const Parameters& parameters, Rows
     return RunUnseen(sql, parameters, results);
   }
   const auto start = steady_clock::now();
-  observer->OnStart({path_.c_str(), sql.c_str(), start, start, 0, Error()});
+  const Error unknown;
+  const StatementRecord started{path_.c_str(), sql.c_str(), start, start, 0, unknown};
+  observer->OnStart(started);
+  heartbeat_.emplace(*observer, started);
   const std::int64_t before = TotalChanges();
   Error result = RunUnseen(sql, parameters, results);
-  observer->OnEnd({path_.c_str(), sql.c_str(), start, steady_clock::now(), RowsChanged(before), result});
+  heartbeat_.reset();
+  observer->OnEnd({path_.c_str(), sql.c_str(), start, steady_clock::now(), RowsChanged(before), result,
+                   left_out_ ? &*left_out_ : nullptr});
   return result;
 }
 
 Error Connection::RunUnseen(const std::string& sql, const Parameters& parameters, Rows& results) noexcept {
   results = Rows();
+  left_out_.reset();
   return Guarded([&] { return RunChecked(sql, parameters, results); });
 }
 
@@ -232,7 +239,7 @@ Error Connection::Guarded(const Work& work) noexcept {
 template <class Work>
 Error Connection::Once(const Work& work) {
   files_.refusal = nullptr;
-  const Interruptible interruptible(handle_);
+  const Interruptible interruptible(handle_, heartbeat_ ? &*heartbeat_ : nullptr);
   const Deadline deadline(handle_, options_.statement_time_limit);
   Error result = StatementsInterrupted() ? Interrupted() : work();
   if (IsBusy(result) && StatementsInterrupted()) {
@@ -269,6 +276,12 @@ Error Connection::RunWrite(sqlite3_stmt* statement, const Parameters& parameters
   }
   if (Error error = CheckRowids(handle_, changed_tables_); error.Failed()) {
     return error;
+  }
+  if (IsCompaction(sqlite3_sql(statement))) {
+    Error error = JudgeCompaction(handle_, options_, left_out_);
+    if (error.Failed() || left_out_) {
+      return error;
+    }
   }
   Error result = shared::Run(statement, parameters, results);
   if (options_.check_soundness) {

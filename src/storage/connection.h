@@ -9,6 +9,8 @@
 #include "storage/database_path.h"
 #include "storage/file_access.h"
 #include "storage/statement.h"
+#include "storage/statement_end.h"
+#include "storage/statement_observer.h"
 #include "storage/storage_options.h"
 
 namespace corvo::shared {
@@ -62,6 +64,8 @@ class Connection {
   bool schema_prepared_ = false;
   std::optional<FileState> unlocked_;     ///< as it was opened to be read without locks
   std::set<std::string> changed_tables_;  ///< that the statement itself names, not its triggers
+  std::optional<Heartbeat> heartbeat_;    ///< of the statement that runs, when it is observed
+  std::optional<LeftOutCompaction> left_out_;
 };
 
 }  // namespace corvo::shared

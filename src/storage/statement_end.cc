@@ -23,7 +23,15 @@ Interruptible* running = nullptr;
 /// Between two looks of SQLite at this, in its own instructions: a fraction of a millisecond.
 constexpr int kInstructions = 1000;
 
-int ShallEnd(void* /*unused*/) { return interrupted ? 1 : 0; }
+/// Between two calls of an observer.
+constexpr milliseconds kBeat{200};
+
+int Proceed(void* heartbeat) {
+  if (heartbeat != nullptr) {
+    static_cast<Heartbeat*>(heartbeat)->Tick();
+  }
+  return interrupted ? 1 : 0;
+}
 
 }  // namespace
 
@@ -68,9 +76,20 @@ void AllowStatements() noexcept { interrupted = false; }
 
 bool StatementsInterrupted() noexcept { return interrupted; }
 
-Interruptible::Interruptible(sqlite3* handle) noexcept : handle_(handle) {
+Heartbeat::Heartbeat(StatementObserver& observer, const StatementRecord& started) noexcept
+    : observer_(observer), statement_(started), next_(started.start + kBeat) {}
+
+void Heartbeat::Tick() noexcept {
+  statement_.end = steady_clock::now();
+  if (statement_.end >= next_) {
+    observer_.OnProgress(statement_);
+    next_ = statement_.end + kBeat;
+  }
+}
+
+Interruptible::Interruptible(sqlite3* handle, Heartbeat* heartbeat) noexcept : handle_(handle) {
   // SQLite forgets an interrupt that comes between two of its steps; this one it asks for itself.
-  sqlite3_progress_handler(handle_, kInstructions, &ShallEnd, nullptr);
+  sqlite3_progress_handler(handle_, kInstructions, &Proceed, heartbeat);
   Join();
 }
 
@@ -83,6 +102,7 @@ void Interruptible::Join() noexcept {
 }
 
 Interruptible::~Interruptible() {
+  sqlite3_progress_handler(handle_, 0, nullptr, nullptr);
   const std::lock_guard lock(mutex);
   (former_ != nullptr ? former_->next_ : running) = next_;
   if (next_ != nullptr) {

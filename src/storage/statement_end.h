@@ -5,11 +5,14 @@
 #include <mutex>
 #include <thread>
 
+#include "storage/statement_observer.h"
+
 struct sqlite3;
 
 namespace corvo::shared {
 
-// What ends a statement before it is done: its time limit, and a host that is asked to stop.
+// What happens to a statement while it runs: its time limit or a host that is asked to stop end it, and an observer is
+// told of it.
 
 /// Ends what runs on a connection when its time is over, from a thread of its own: SQLite's progress callbacks are not
 /// called within a single long step, such as a count over a tree of pages that leads back to itself.
@@ -33,10 +36,26 @@ class Deadline {
   std::thread watcher_;
 };
 
+/// Tells the observer of a statement from time to time that it still runs.
+class Heartbeat {
+ public:
+  /// @param started the statement as it was shown at its start; what it refers to lives longer than this.
+  Heartbeat(StatementObserver& observer, const StatementRecord& started) noexcept;
+
+  /// Called very often: tells the observer when it is time to.
+  void Tick() noexcept;
+
+ private:
+  StatementObserver& observer_;
+  StatementRecord statement_;
+  std::chrono::steady_clock::time_point next_;
+};
+
 /// Makes what runs on a connection end with `InterruptStatements` for as long as the object lives.
 class Interruptible {
  public:
-  explicit Interruptible(sqlite3* handle) noexcept;
+  /// @param heartbeat of the statement; null: nobody is told.
+  Interruptible(sqlite3* handle, Heartbeat* heartbeat) noexcept;
   Interruptible(const Interruptible&) = delete;
   Interruptible& operator=(const Interruptible&) = delete;
   ~Interruptible();

@@ -15,6 +15,8 @@ StatementObserver::~StatementObserver() = default;
 
 void StatementObserver::OnStart(const StatementRecord& /*statement*/) noexcept {}
 
+void StatementObserver::OnProgress(const StatementRecord& /*statement*/) noexcept {}
+
 std::shared_ptr<StatementObserver> SetStatementObserver(std::shared_ptr<StatementObserver> observer) {
   const std::lock_guard lock(mutex);
   return std::exchange(registered, std::move(observer));

@@ -49,6 +49,22 @@ struct StorageOptions {
   /// cannot be read so (`IsCannotOpen`).
   bool read_only = false;
 
+  /// Compaction ("VACUUM;", as a pass sends it) is left out when it would free less than this share of the file's
+  /// bytes, in percent from 0 to 100: free pages / pages. It then succeeds without a write, and the observer is told
+  /// (`StatementRecord::left_out`). A damaged file still fails. 0, the default, always compacts. Costs nothing: the two
+  /// counts stand on the first page.
+  double compact_when_free = 0;
+
+  /// Whether bytes that lie unused within pages count for `compact_when_free` as well. Costs one reading of the file.
+  /// The share is then the most that compaction could free: it leaves some of them in the pages that it writes. Off by
+  /// default.
+  bool count_unused_bytes = false;
+
+  /// Compaction that would write more bytes than this, those of the pages in use, is left out likewise. Each of them is
+  /// written to a temporary file and then to the database, beside what goes to the journal. 0, the default, is without
+  /// limit.
+  std::int64_t compaction_limit = 0;
+
   /// Whether triggers and views of the file work, as SQLite has them. On by default: honest databases keep full-text
   /// indexes by triggers. Off, nothing is changed but what a statement names, and such indexes go stale.
   bool triggers_and_views = true;

@@ -73,6 +73,25 @@ TEST_F(History, KeepsWhatARunDid) {
   EXPECT_EQ(table.seconds, 0.25);
 }
 
+TEST_F(History, KeepsWhatWasCompactedAndWhatWasNot) {
+  RunRecord run = RunAt(1);
+  run.databases[0].compacted_bytes = 4'000;
+  run.databases.push_back({.name = "Cache", .not_compacted = "0.3 % free"});
+  Add(run);
+  EXPECT_EQ(Read().at(0).databases.at(0).compacted_bytes, 4'000);
+  EXPECT_EQ(Read().at(0).databases.at(0).not_compacted, "");
+  EXPECT_EQ(Read().at(0).databases.at(1).not_compacted, "0.3 % free");
+}
+
+TEST_F(History, ReadsLinesThatSayNothingOfIt) {
+  std::string line = HistoryLine(RunAt(1));
+  const std::string members = R"("compacted_bytes":0,"not_compacted":"",)";
+  ASSERT_THAT(line, HasSubstr(members));
+  line.erase(line.find(members), members.size());
+  Write(line + "\n");
+  EXPECT_THAT(Starts(), ElementsAre(1));
+}
+
 TEST_F(History, KeepsWhatIsNotKnownAsSuch) {
   RunRecord run = RunAt(1);
   run.databases[0].tables = {{.table = "Gone"}};

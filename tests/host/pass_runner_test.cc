@@ -123,6 +123,16 @@ TEST_F(PassWatching, AddsUpDeletedRowsByTheRuleThatNamedThem) {
   EXPECT_TRUE(TheVisit().compacted);
 }
 
+TEST_F(PassWatching, TakesALeftOutCompactionForTheEndOfTheVisit) {
+  const common::Error success;
+  const shared::LeftOutCompaction left_out{shared::LeftOutCompaction::Reason::kLittleToFree, 0.3, 4'096};
+  shared::StatementRecord record = Ran("VACUUM;", 0, success);
+  record.left_out = &left_out;
+  watcher_.OnEnd(record);
+  EXPECT_TRUE(TheVisit().compacted);
+  EXPECT_EQ(TheVisit().left_out->free_percent, 0.3);
+}
+
 TEST_F(PassWatching, RemembersTheStatementThatFailed) {
   common::Error failure;
   failure.category = common::EC_Custom;

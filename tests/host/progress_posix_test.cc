@@ -122,6 +122,16 @@ TEST(ProgressOfALongStep, KeepsItsTimeGoing) {
   EXPECT_THAT(text, HasSubstr("\rHealthLog: compacting  0:01"));
 }
 
+TEST(ProgressOfALongStep, TellsTheTimeOfTheStepWhichGoesOnByItself) {
+  const OnItsTerminal process(80, [] {
+    const auto begun = std::chrono::steady_clock::now() - std::chrono::seconds(12);
+    ShowProgress({.database = "HealthLog", .step = "compacting", .since = begun});
+    pause();
+  });
+  const std::string later = "\rHealthLog: compacting, 13 s  0:0";
+  EXPECT_THAT(process.Read([&](const std::string& seen) { return seen.find(later) != seen.npos; }), HasSubstr(later));
+}
+
 TEST(ProgressOfALongStep, FollowsTheWidthOfTheTerminal) {
   const OnItsTerminal process(80, [] {
     ShowProgress({"HealthLog", "deleting rows that are past their retention"});

@@ -52,6 +52,21 @@ DatabaseState FullDatabase(const std::string& name) {
   return database;
 }
 
+/// The lines that tell of the log of a database.
+std::string TextWithLog(std::int64_t bytes) {
+  DirectoryState state{.directory = "/data", .directory_source = "default", .now = kNow};
+  state.databases = {{.name = "HealthLog", .path = "HealthLog.db", .file_bytes = 5'000'000, .wal_bytes = bytes}};
+  return StatusText(state, false, {.width = 80});
+}
+
+TEST(StatusOfALog, TellsOfOneThatGrewFarBeyondWhatSqliteMakesIt) {
+  EXPECT_THAT(TextWithLog(25'000'000), HasSubstr("HealthLog: the log holds 25.0 MB beside 5.0 MB: it grows while"));
+}
+
+TEST(StatusOfALog, SaysNothingOfAnOrdinaryOne) {
+  EXPECT_THAT(TextWithLog(1'100 * 4'096), Not(HasSubstr("the log holds")));
+}
+
 DirectoryState FullDirectory() {
   DirectoryState state{.directory = "/data", .directory_source = "default", .now = kNow};
   for (const char* name : {"A", "B", "C", "D", "DeviceProfileEvents"}) {

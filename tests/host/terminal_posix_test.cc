@@ -40,6 +40,15 @@ TEST_F(OnATerminal, OneLineOfProgressComesAndGoes) {
   EXPECT_THAT(out, HasSubstr("\r" + std::string(79, ' ') + "\r"));
 }
 
+TEST_F(OnATerminal, AStatementThatTakesLongIsShownWithItsTime) {
+  Database(File("Cache.db"))
+      .Run(
+          "CREATE TRIGGER Endless BEFORE DELETE ON CollectorCache BEGIN SELECT COUNT(*) FROM "
+          "(WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i FROM n); END");
+  const HostRun run = RunHostOnTerminal({"run", "--data-dir", data_, "--database", "Cache", "--time-limit", "4"});
+  EXPECT_THAT(run.out, ContainsPattern("\rCache: deleting expired rows CollectorCache, [1-4] s  0:0"));
+}
+
 TEST_F(OnATerminal, AFailureIsRed) {
   std::filesystem::resize_file(File("Cache.db"), 1000);
   EXPECT_THAT(RunThere().out, ContainsPattern("\x1b\\[31mCleaned 4 of 5 databases; not cleaned: Cache"));

@@ -29,6 +29,12 @@ TEST_F(Defaults, LetNothingWriteToADamagedFile) { EXPECT_TRUE(shared::GetStorage
 
 TEST_F(Defaults, RunTriggersAndViews) { EXPECT_TRUE(shared::GetStorageOptions().triggers_and_views); }
 
+TEST_F(Defaults, CompactWhateverItFrees) {
+  EXPECT_EQ(shared::GetStorageOptions().compact_when_free, 0);
+  EXPECT_EQ(shared::GetStorageOptions().compaction_limit, 0);
+  EXPECT_FALSE(shared::GetStorageOptions().count_unused_bytes);
+}
+
 TEST_F(Defaults, LimitNoMemory) {
   EXPECT_EQ(shared::GetStorageOptions().memory_limit, 0);
   EXPECT_EQ(sqlite3_hard_heap_limit64(-1), 0);

@@ -5,6 +5,7 @@
 #include <ostream>
 #include <utility>
 
+#include "storage/result_code.h"
 #include "storage/statement_observer.h"
 #include "storage/storage_fixture.h"
 #include "support/statement_log.h"
@@ -94,6 +95,40 @@ TEST_F(Observer, IsHandedBackWhenAnotherOneTakesItsPlace) {
   TelemetryStorage storage(file_.c_str(), "");
   ASSERT_THAT(RunSql(storage, "SELECT 1"), Succeeds());
   EXPECT_TRUE(recorder_->lines.empty());
+}
+
+/// Ends the statement when it has been told a few times that it runs.
+class Impatient : public StatementObserver {
+ public:
+  void OnProgress(const StatementRecord& record) noexcept override {
+    sql = record.sql;
+    in_order = in_order && last < record.end && record.start < record.end;
+    last = record.end;
+    if (++calls == 3) {
+      shared::InterruptStatements();
+    }
+  }
+  void OnEnd(const StatementRecord& record) noexcept override { failed = record.result.Failed(); }
+
+  std::string sql;
+  int calls = 0;
+  bool in_order = true;
+  bool failed = false;
+  std::chrono::steady_clock::time_point last;
+};
+
+TEST_F(Observer, IsToldFromTimeToTimeThatAStatementRuns) {
+  const auto impatient = std::make_shared<Impatient>();
+  shared::SetStatementObserver(impatient);
+  TelemetryStorage storage(file_.c_str(), "");
+  const std::string endless = "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT count(*) FROM n";
+
+  EXPECT_TRUE(shared::IsInterrupted(RunSql(storage, endless)));
+  shared::AllowStatements();
+
+  EXPECT_EQ(impatient->calls, 3);
+  EXPECT_EQ(impatient->sql, endless);
+  EXPECT_TRUE(impatient->in_order && impatient->failed);
 }
 
 struct Change {

@@ -42,6 +42,8 @@ struct RunOptions {
   std::vector<std::string> databases;  ///< the only ones to clean, as the catalogue spells them; empty: all
   bool keep_going = false;             ///< each database in a pass of its own, so that no failure stops the others
   bool dry_run = false;                ///< on copies
+  double compact_when_free = 0;        ///< in percent; 0: always
+  std::optional<double> max_stall;     ///< of a compaction, in seconds
   bool exit_code = false;              ///< a plan that would delete something is a finding
   std::optional<double> max_loss;      ///< in percent of a table's rows
   bool force = false;                  ///< whatever the loss
@@ -63,6 +65,12 @@ void AddWhatToClean(CLI::App& command, RunOptions& options) {
             1'000'000);
   command.add_flag("--keep-going", options.keep_going,
                    "Give each database a pass of its own, so that one failure does not stop those after it");
+  AddNumber(command,
+            {"--compact-when-free", "PERCENT", "Compact only what has at least this share of its file free; 0 always"},
+            options.compact_when_free, 0.0, 100.0);
+  AddNumber(command,
+            {"--max-stall", "SECONDS", "Leave out a compaction that would keep writers waiting longer; 0 each one"},
+            options.max_stall, 0.0, 86'400.0);
   command.add_flag("--exit-code", options.exit_code, "Of a plan: end with code 3 when something would be deleted");
 }
 
@@ -172,7 +180,7 @@ class Work {
   }
 
   RunReport Foresee() {
-    const shared::StorageOptionsScope storage(StorageOptionsOf(options_.bounds, run_.directory));
+    const shared::StorageOptionsScope storage(MakeStorageOptions());
     return Signed(Plan(module_.Module(), run_));
   }
 
@@ -183,7 +191,7 @@ class Work {
       RequireNoInterruption();
       RequireLittleLoss(plan, *options_.max_loss);
     }
-    const shared::StorageOptionsScope storage(StorageOptionsOf(options_.bounds, run_.directory));
+    const shared::StorageOptionsScope storage(MakeStorageOptions());
     const std::int64_t start = std::time(nullptr);
     RunReport report = Signed(Run(module_.Module(), run_));
     if (!report.databases.empty()) {
@@ -193,6 +201,17 @@ class Work {
   }
 
  private:
+  shared::StorageOptions MakeStorageOptions() {
+    shared::StorageOptions storage = StorageOptionsOf(options_.bounds, run_.directory);
+    storage.compact_when_free = options_.compact_when_free;
+    if (options_.max_stall) {
+      run_.stall = FindStallLimit(*options_.max_stall, run_.directory);
+      RequireNoInterruption();
+      storage.compaction_limit = run_.stall.Bytes();
+    }
+    return storage;
+  }
+
   static RunReport Signed(RunReport report) {
     report.signal = InterruptionScope::Signal();
     return report;

@@ -16,6 +16,10 @@ namespace {
 namespace fs = std::filesystem;
 using shared::TelemetryStorage;
 
+/// Of the pages in use.
+constexpr const char* kContentBytes =
+    "SELECT (page_count - freelist_count) * page_size FROM pragma_page_count, pragma_freelist_count, pragma_page_size";
+
 /// A lock for writing, for a moment: whoever gets it may write, and nobody else does. The storage library looks through
 /// the file beforehand, as before every statement that could write.
 common::Error TryToWrite(TelemetryStorage& storage) {
@@ -45,10 +49,7 @@ std::string Megabytes(std::uintmax_t bytes) { return fmt::format("{:.1f} MB", st
 /// deletions will have freed by then is not known yet, so this asks for the most that it can take.
 std::optional<Problem> LackOfRoom(TelemetryStorage& storage, const CompactionPlaces& places) {
   std::int64_t bytes = 0;
-  const common::Error error = AskNumber(storage,
-                                        "SELECT (page_count - freelist_count) * page_size "
-                                        "FROM pragma_page_count, pragma_freelist_count, pragma_page_size",
-                                        bytes);
+  const common::Error error = AskNumber(storage, kContentBytes, bytes);
   if (error.Failed()) {
     return std::nullopt;
   }
@@ -153,6 +154,10 @@ void CountAfterwards(DatabaseReport& database) {
   // One view for a count and its last row, whatever collectors write meanwhile.
   if (storage.GetLastError().Failed() || RunStatement(storage, "BEGIN").Failed()) {
     return;
+  }
+  std::int64_t bytes = 0;
+  if (database.compactions > 0 && !AskNumber(storage, kContentBytes, bytes).Failed()) {
+    database.compacted_bytes = bytes * database.compactions;
   }
   for (TableReport& table : database.tables) {
     std::int64_t rows = 0;

@@ -58,6 +58,13 @@ struct TableReport {
   [[nodiscard]] bool LostMost() const;
 };
 
+/// Why a database that was cleaned was not compacted: the options of the run left it out.
+struct LeftOutCompaction {
+  std::string reason;                  ///< in a few words
+  double free_percent = 0;             ///< of the file
+  std::optional<double> seconds = {};  ///< that it would take, where that is the reason and known
+};
+
 /// One database file that exists.
 struct DatabaseReport {
   std::string name;  ///< as the option spells it
@@ -67,6 +74,9 @@ struct DatabaseReport {
   std::vector<TableReport> tables;
   std::optional<Problem> problem = {};  ///< none when it was cleaned
   double compaction_seconds = 0;
+  int compactions = 0;                                  ///< one a pass, but for those that were left out
+  std::int64_t compacted_bytes = 0;                     ///< that these wrote
+  std::optional<LeftOutCompaction> not_compacted = {};  ///< by the last pass; none when it was compacted
 
   [[nodiscard]] Deleted DeletedRows() const;
 };

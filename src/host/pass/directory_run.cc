@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "common/text.h"
 #include "host/facts/catalogue_view.h"
@@ -129,7 +130,7 @@ class Passes {
     report_.passes.push_back(std::move(result.outcome));
   }
 
-  static void Keep(const PassResult& result, DatabaseReport& database) {
+  void Keep(const PassResult& result, DatabaseReport& database) const {
     const auto found = result.visits.find(FileName(database));
     const Visit visit = found == result.visits.end() ? Visit() : found->second;
     for (TableReport& table : database.tables) {
@@ -141,9 +142,23 @@ class Passes {
       }
     }
     database.compaction_seconds += visit.compaction_seconds;
+    database.not_compacted = visit.left_out ? std::optional(WhyNotCompacted(*visit.left_out)) : std::nullopt;
     if (!visit.compacted || visit.failure) {
       database.problem = WhyNotCleaned(result.outcome, visit);
+    } else if (!visit.left_out) {
+      ++database.compactions;
     }
+  }
+
+  [[nodiscard]] LeftOutCompaction WhyNotCompacted(const shared::LeftOutCompaction& left_out) const {
+    if (left_out.reason == shared::LeftOutCompaction::Reason::kTakesTooLong) {
+      const double seconds = run_.stall.SecondsFor(left_out.bytes);
+      return {run_.stall.Reason(left_out.bytes), left_out.free_percent,
+              seconds > 0 ? std::optional(seconds) : std::nullopt};
+    }
+    // Not rounded up: it is less than what was asked for.
+    constexpr double kTenths = 10;
+    return {fmt::format("{:.1f} % free", std::floor(left_out.free_percent * kTenths) / kTenths), left_out.free_percent};
   }
 
   static Problem WhyNotCleaned(const PassOutcome& pass, const Visit& visit) {

@@ -6,6 +6,7 @@
 
 #include "framework/plugin_module.h"
 #include "host/facts/run_report.h"
+#include "host/pass/stall_limit.h"
 
 namespace corvo::telemetry::host {
 
@@ -16,6 +17,7 @@ struct DirectoryRun {
   std::filesystem::path room = {};  ///< the directory whose room compaction needs; empty: the directory itself
   std::vector<std::string> only;    ///< the databases to clean, as the catalogue spells them; empty: all
   int passes = 1;
+  StallLimit stall = {};       ///< by which compaction is left out, where the storage's options say so
   bool keep_going = false;     ///< each database in a pass of its own
   bool show_progress = false;  ///< a person watches standard error
 };

@@ -57,6 +57,13 @@ void PassWatcher::OnStart(const shared::StatementRecord& statement) noexcept {
   }
 }
 
+void PassWatcher::OnProgress(const shared::StatementRecord& statement) noexcept {
+  constexpr std::chrono::seconds kLong{1};
+  if (statement.end - statement.start >= kLong) {
+    OnStart(statement);
+  }
+}
+
 void PassWatcher::Show(const shared::StatementRecord& statement) {
   if (databases_ == 0) {
     return;
@@ -67,7 +74,8 @@ void PassWatcher::Show(const shared::StatementRecord& statement) {
       std::count_if(visits_.begin(), visits_.end(), [](const auto& each) { return each.second.compacted; });
   ShowProgress({.database = DatabaseName(statement),
                 .step = std::string(NameOf(kind.step)) + (kind.table.empty() ? "" : " " + kind.table),
-                .share_done = static_cast<double>(done) / static_cast<double>(databases_)});
+                .share_done = static_cast<double>(done) / static_cast<double>(databases_),
+                .since = statement.end > statement.start ? std::optional(statement.start) : std::nullopt});
 }
 
 void PassWatcher::OnEnd(const shared::StatementRecord& statement) noexcept {
@@ -100,6 +108,9 @@ void PassWatcher::Note(const shared::StatementRecord& statement) {
     rows_deleted_ += statement.rows_changed;
   }
   visit.measured = visit.measured || kind.step == Step::kMeasure;
+  if (statement.left_out != nullptr) {
+    visit.left_out = *statement.left_out;
+  }
   visit.compacted = visit.compacted || (kind.step == Step::kCompact && !statement.result.Failed());
 }
 

@@ -18,7 +18,8 @@ struct Visit {
   double compaction_seconds = 0;
   std::optional<FailedStatement> failure;  ///< the last one, a missing table aside
   bool measured = false;                   ///< its size was asked for: trimming is for the size limit from then on
-  bool compacted = false;                  ///< the last thing that a pass does to a database
+  bool compacted = false;  ///< the last thing that a pass does to a database, also when the options left it out
+  std::optional<shared::LeftOutCompaction> left_out;  ///< by the options
 };
 
 /// Watches the statements of a pass: what each of them deleted and by which rule, from its own count, which database
@@ -34,6 +35,7 @@ class PassWatcher : public shared::StatementObserver {
   PassWatcher& operator=(const PassWatcher&) = delete;
 
   void OnStart(const shared::StatementRecord& statement) noexcept override;
+  void OnProgress(const shared::StatementRecord& statement) noexcept override;
   void OnEnd(const shared::StatementRecord& statement) noexcept override;
 
   /// By file name: what was watched until now; nothing when any of it could not be recorded.

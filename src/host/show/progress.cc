@@ -45,6 +45,15 @@ std::string ShareText(double share) {
   return share >= 0 ? fmt::format("{} %", static_cast<int>(std::min(share, 1.0) * 100)) : "";
 }
 
+/// The state with the time that its step has taken, where it takes long.
+ProgressState WithStepTime(ProgressState state) {
+  if (state.since) {
+    state.step +=
+        fmt::format(", {} s", std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - *state.since).count());
+  }
+  return state;
+}
+
 /// The one line of the process, and the thread that keeps its time going.
 class Line {
  public:
@@ -93,7 +102,7 @@ class Line {
     try {
       const int width = TerminalWidth(stderr);
       const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - *start_);
-      const std::string line = ProgressLine(*state_, elapsed, width);
+      const std::string line = ProgressLine(WithStepTime(*state_), elapsed, width);
       const auto rest = static_cast<std::size_t>(width - 1) - Characters(line);
       std::fputs(("\r" + line + std::string(rest, ' ')).c_str(), stderr);
       std::fflush(stderr);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace corvo::telemetry::host {
@@ -12,7 +13,8 @@ namespace corvo::telemetry::host {
 struct ProgressState {
   std::string database;
   std::string step;
-  double share_done = -1;  ///< 0 to 1; negative when unknown
+  double share_done = -1;                                           ///< 0 to 1; negative when unknown
+  std::optional<std::chrono::steady_clock::time_point> since = {};  ///< when the step began, once it takes long
 };
 
 /// Shows the state in place of the former one, with the time since the first call of the process. From then on the line

@@ -85,7 +85,9 @@ RunRecord RecordOf(const RunReport& report) {
                           .problem = database.problem ? database.problem->reason : "",
                           .bytes_before = database.bytes_before,
                           .bytes_after = database.bytes_after,
-                          .compaction_seconds = database.compaction_seconds};
+                          .compaction_seconds = database.compaction_seconds,
+                          .compacted_bytes = database.compacted_bytes,
+                          .not_compacted = database.not_compacted ? database.not_compacted->reason : ""};
     for (const TableReport& table : database.tables) {
       record.tables.push_back({.table = table.table,
                                .rows_before = table.rows_before,

@@ -29,6 +29,8 @@ struct DatabaseRecord {
   std::int64_t bytes_before = 0;
   std::int64_t bytes_after = 0;
   double compaction_seconds = 0;
+  std::int64_t compacted_bytes = 0;  ///< that compaction wrote in this time
+  std::string not_compacted = {};    ///< why compaction was left out on purpose; empty when it was not
   std::vector<TableRecord> tables = {};
 };
 

@@ -48,6 +48,8 @@ Json ToJson(const DatabaseRecord& database) {
           {"bytes_before", database.bytes_before},
           {"bytes_after", database.bytes_after},
           {"compaction_seconds", database.compaction_seconds},
+          {"compacted_bytes", database.compacted_bytes},
+          {"not_compacted", Shortened(database.not_compacted)},
           {"tables", std::move(tables)}};
 }
 
@@ -94,6 +96,11 @@ DatabaseRecord ReadDatabase(const Json& object) {
                           .bytes_before = Count(object, "bytes_before"),
                           .bytes_after = Count(object, "bytes_after"),
                           .compaction_seconds = Seconds(object, "compaction_seconds")};
+  // Lines of former releases have neither.
+  if (object.contains("compacted_bytes")) {
+    database.compacted_bytes = Count(object, "compacted_bytes");
+    database.not_compacted = object.at("not_compacted").get<std::string>();
+  }
   for (const Json& table : object.at("tables")) {
     database.tables.push_back(ReadTable(table));
   }

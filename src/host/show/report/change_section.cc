@@ -99,6 +99,7 @@ Json DatabaseJson(const DatabaseRecord& database, bool knows_after, Sums& total)
   total.Add(sums);
   Json json = {{"name", database.name},
                {"problem", database.problem},
+               {"not_compacted", database.not_compacted},
                {"size", SizeText(database, knows_after)},
                {"bytes_before", database.bytes_before},
                {"bytes_after", knows_after ? Json(database.bytes_after) : Json()},

@@ -50,6 +50,14 @@ const char* NameOf(Problem::Kind kind) {
   return "interrupted";
 }
 
+Json NotCompactedJson(const std::optional<LeftOutCompaction>& left_out) {
+  if (!left_out) {
+    return nullptr;
+  }
+  return {
+      {"reason", left_out->reason}, {"free_percent", left_out->free_percent}, {"seconds", OrNull(left_out->seconds)}};
+}
+
 Json DatabaseJson(const DatabaseReport& database) {
   Json tables = Json::array();
   for (const TableReport& table : database.tables) {
@@ -62,7 +70,8 @@ Json DatabaseJson(const DatabaseReport& database) {
           {"tables", tables},
           {"cleaned", !database.problem},
           {"problem", ProblemJson(database.problem)},
-          {"compaction_seconds", database.compaction_seconds}};
+          {"compaction_seconds", database.compaction_seconds},
+          {"not_compacted", NotCompactedJson(database.not_compacted)}};
 }
 
 Json PassJson(const PassOutcome& pass) {

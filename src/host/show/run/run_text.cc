@@ -29,6 +29,17 @@ std::string Coloured(const std::string& text, fmt::terminal_color colour, bool u
   return use ? fmt::format(fmt::fg(colour) | fmt::emphasis::bold, "{}", text) : text;
 }
 
+/// Databases whose compaction the options left out, with the reason.
+std::string CompactionNotes(const RunReport& report) {
+  std::vector<std::string> parts;
+  for (const DatabaseReport& database : report.databases) {
+    if (database.not_compacted && !database.problem) {
+      parts.push_back(fmt::format("{} ({})", database.name, database.not_compacted->reason));
+    }
+  }
+  return parts.empty() ? "" : fmt::format("Not compacted: {}\n", fmt::join(parts, ", "));
+}
+
 /// What is to be known of tables: those that are missing, and those that lost most of their rows.
 std::string TableNotes(const RunReport& report) {
   std::vector<std::string> missing;
@@ -155,7 +166,7 @@ std::string RunText(const RunReport& report, bool colour, int width) {
   const std::string table = report.databases.empty() ? "" : RunTable(report, colour, width);
   return fmt::format("{} ({}){}\n\n", Printable(common::Utf8(report.directory)), report.directory_source,
                      report.planned ? ", planned on copies: nothing there was changed" : "") +
-         table + PassLines(report) + TableNotes(report) + failures +
+         table + PassLines(report) + TableNotes(report) + CompactionNotes(report) + failures +
          (AllIsWell(report)
               ? Coloured(Outcome(report) + ": " + Figures(report, total), fmt::terminal_color::green, colour)
               : Coloured(Outcome(report), fmt::terminal_color::red, colour) + "\n" + Figures(report, total)) +

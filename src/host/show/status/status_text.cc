@@ -60,6 +60,22 @@ std::vector<std::string> ProblemLines(const DirectoryState& state) {
   return lines;
 }
 
+/// SQLite takes a log of a thousand pages into the database, and writes it anew from its beginning. One that is much
+/// longer could not be, or was a single large transaction.
+std::vector<std::string> LogLines(const DirectoryState& state) {
+  constexpr std::int64_t kLongLog = 2'000 * 4'096;
+  std::vector<std::string> lines;
+  for (const DatabaseState& database : state.databases) {
+    if (database.wal_bytes > kLongLog) {
+      lines.push_back(
+          fmt::format("{}: the log holds {} beside {}: it grows while a program reads without an end, and goes when no "
+                      "program has the database open any more",
+                      database.name, HumanBytes(database.wal_bytes), HumanBytes(database.file_bytes)));
+    }
+  }
+  return lines;
+}
+
 std::vector<std::string> NextRunLines(const DirectoryState& state) {
   Deleted sum;
   std::vector<std::string> lines;
@@ -119,7 +135,7 @@ Tables MostUsedUp(Tables tables, std::size_t most, std::int64_t now) {
 /// All that follows the tables but the last line.
 std::vector<std::string> Notes(const DirectoryState& state, const Tables& tables, bool all, std::size_t width) {
   std::vector<std::string> lines = all ? OddRowLinesByTable(tables, width) : OddRowLines(tables, width);
-  for (const auto& texts : {ProblemLines(state), NextRunLines(state)}) {
+  for (const auto& texts : {ProblemLines(state), LogLines(state), NextRunLines(state)}) {
     for (const std::string& text : texts) {
       const std::vector<std::string> folded = Folded(text, width);
       lines.insert(lines.end(), folded.begin(), folded.end());

@@ -30,6 +30,8 @@ Json DatabaseJson(const DatabaseRecord& database) {
           {"bytes_before", database.bytes_before},
           {"bytes_after", database.bytes_after},
           {"compaction_seconds", database.compaction_seconds},
+          {"compacted_bytes", database.compacted_bytes},
+          {"not_compacted", TextOrNull(database.not_compacted)},
           {"tables", tables}};
 }
 

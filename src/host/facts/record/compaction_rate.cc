@@ -1,0 +1,39 @@
+#include "host/facts/record/compaction_rate.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace corvo::telemetry::host {
+namespace {
+
+constexpr double kShortest = 0.05;  // seconds
+constexpr std::size_t kMost = 20;
+
+/// Newest first.
+std::vector<double> RatesOf(const std::vector<RunRecord>& runs) {
+  std::vector<double> rates;
+  for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+    for (const DatabaseRecord& database : run->databases) {
+      if (database.compacted_bytes > 0 && database.compaction_seconds >= kShortest) {
+        rates.push_back(static_cast<double>(database.compacted_bytes) / database.compaction_seconds);
+      }
+    }
+  }
+  return rates;
+}
+
+}  // namespace
+
+std::optional<double> CompactionRate(const std::vector<RunRecord>& runs) {
+  std::vector<double> rates = RatesOf(runs);
+  if (rates.empty()) {
+    return std::nullopt;
+  }
+  rates.resize(std::min(rates.size(), kMost));
+  const auto middle = rates.begin() + static_cast<std::ptrdiff_t>(rates.size() / 2);
+  std::nth_element(rates.begin(), middle, rates.end());
+  return *middle;
+}
+
+}  // namespace corvo::telemetry::host

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "host/facts/record/history.h"
+
+namespace corvo::telemetry::host {
+
+/// How many bytes of a database the recorded runs compacted in a second: the median of the newest twenty compactions.
+/// Those of less than a twentieth of a second tell of the clock more than of the disk, and do not count.
+///
+/// @param runs oldest first.
+/// @return none when no run has recorded such a compaction.
+[[nodiscard]] std::optional<double> CompactionRate(const std::vector<RunRecord>& runs);
+
+}  // namespace corvo::telemetry::host
