@@ -151,10 +151,11 @@ ExitCode ExitCodeOf(const RunReport& report, const RunOptions& options) {
 }
 
 /// Another run may need it; it is not worth failing for.
-void Remember(const RunReport& report, std::int64_t start) {
+void Remember(const RunReport& report, std::int64_t start, double compaction_rate) {
   try {
     RunRecord record = RecordOf(report);
     record.start = start;
+    record.compaction_rate = compaction_rate;
     record.end = std::time(nullptr);
     AddToHistory(report.directory, record);
   } catch (const std::runtime_error& failure) {
@@ -194,7 +195,7 @@ class Work {
     const std::int64_t start = std::time(nullptr);
     RunReport report = Signed(Run(module_.Module(), run_));
     if (!report.databases.empty()) {
-      Remember(report, start);
+      Remember(report, start, run_.stall.bytes_per_second);
     }
     return report;
   }

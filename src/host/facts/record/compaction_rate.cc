@@ -23,12 +23,18 @@ std::vector<double> RatesOf(const std::vector<RunRecord>& runs) {
   return rates;
 }
 
+std::optional<double> LastUsed(const std::vector<RunRecord>& runs) {
+  const auto last =
+      std::find_if(runs.rbegin(), runs.rend(), [](const RunRecord& run) { return run.compaction_rate > 0; });
+  return last == runs.rend() ? std::nullopt : std::optional(last->compaction_rate);
+}
+
 }  // namespace
 
 std::optional<double> CompactionRate(const std::vector<RunRecord>& runs) {
   std::vector<double> rates = RatesOf(runs);
   if (rates.empty()) {
-    return std::nullopt;
+    return LastUsed(runs);
   }
   rates.erase(rates.begin(), rates.end() - static_cast<std::ptrdiff_t>(std::min(rates.size(), kMost)));
   const auto middle = rates.begin() + static_cast<std::ptrdiff_t>(rates.size() / 2);

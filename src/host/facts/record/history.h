@@ -41,6 +41,7 @@ struct RunRecord {
   std::string result = {};  ///< empty: all was cleaned; else why not
   int signal = 0;           ///< by which the user ended it early; 0 when it ended by itself
   std::vector<DatabaseRecord> databases = {};
+  double compaction_rate = 0;  ///< by which it foretold the time of compactions, in bytes a second; 0: it did not
 
   [[nodiscard]] Deleted DeletedRows() const;
   [[nodiscard]] std::int64_t BytesFreed() const;  ///< negative when the files grew
