@@ -38,6 +38,15 @@ TEST(CompactionRate, DoesNotCountCompactionsThatWereLeftOut) {
   EXPECT_EQ(CompactionRate({Compacted(0, 1), Compacted(5'000, 1)}), 5'000);
 }
 
+TEST(CompactionRate, IsThatOfTheLastRunThatWentByOneWhereNoneIsRecorded) {
+  RunRecord first;
+  first.compaction_rate = 1'000;
+  RunRecord second;
+  second.compaction_rate = 2'000;
+  EXPECT_EQ(CompactionRate({first, second, RunRecord()}), 2'000);
+  EXPECT_EQ(CompactionRate({Compacted(5'000, 1), first}), 5'000);
+}
+
 TEST(CompactionRate, GoesByTheNewestRuns) {
   std::vector<RunRecord> runs(100, Compacted(1'000, 1));
   runs.insert(runs.end(), 20, Compacted(7'000, 1));

@@ -53,6 +53,36 @@ TEST_F(HistoryFile, IsForItsOwnerAlone) {
   EXPECT_EQ(status.st_mode & 0777, 0600u);
 }
 
+TEST_F(HistoryFile, GrowsByALineAndIsWrittenAnewOnlyWhenItHoldsAQuarterMoreThanIsKept) {
+  Add();
+  const auto file_number = [this] {
+    struct stat status {};
+    EXPECT_EQ(stat(file_.c_str(), &status), 0);
+    return status.st_ino;
+  };
+  const ino_t first = file_number();
+  const std::uintmax_t line = fs::file_size(file_);
+  for (int run = 1; run < 250; ++run) {
+    Add();
+  }
+  EXPECT_EQ(file_number(), first);
+  EXPECT_EQ(fs::file_size(file_), 250 * line);
+  EXPECT_THAT(ReadHistory(folder_.Path()), SizeIs(kMostRuns));
+  Add();
+  EXPECT_NE(file_number(), first);
+  EXPECT_EQ(fs::file_size(file_), 200 * line);
+}
+
+TEST_F(HistoryFile, IsWrittenAnewWhereOthersMayRead) {
+  Add();
+  ASSERT_EQ(chmod(file_.c_str(), 0644), 0);
+  Add();
+  struct stat status {};
+  ASSERT_EQ(stat(file_.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+  EXPECT_THAT(ReadHistory(folder_.Path()), SizeIs(2));
+}
+
 TEST_F(HistoryFile, IsNeverASymbolicLink) {
   const fs::path target = folder_.Path() / "kept";
   std::ofstream(target) << "theirs";

@@ -76,8 +76,10 @@ TEST_F(History, KeepsWhatARunDid) {
 TEST_F(History, KeepsWhatWasCompactedAndWhatWasNot) {
   RunRecord run = RunAt(1);
   run.databases[0].compacted_bytes = 4'000;
+  run.compaction_rate = 2.5e6;
   run.databases.push_back({.name = "Cache", .not_compacted = "0.3 % free"});
   Add(run);
+  EXPECT_EQ(Read().at(0).compaction_rate, 2.5e6);
   EXPECT_EQ(Read().at(0).databases.at(0).compacted_bytes, 4'000);
   EXPECT_EQ(Read().at(0).databases.at(0).not_compacted, "");
   EXPECT_EQ(Read().at(0).databases.at(1).not_compacted, "0.3 % free");

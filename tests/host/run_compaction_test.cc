@@ -4,6 +4,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "host/facts/record/history.h"
+#include "host/pass/stall_limit.h"
 #include "host/run_fixture.h"
 #include "support/database.h"
 
@@ -85,6 +87,13 @@ TEST_F(RunCompaction, IsLeftOutWhenItWouldTakeLonger) {
   EXPECT_THAT(left_out["reason"].get<std::string>(), HasSubstr(", --max-stall is 1e-07 s"));
   EXPECT_GT(left_out["seconds"], 0);
   EXPECT_GT(FreePages(), 0);
+}
+
+TEST_F(RunCompaction, HasItsRateFoundOutOnceAndThenRemembered) {
+  ASSERT_EQ(Run({"--max-stall", "0.0000001"}).exit_code, 0);
+  const auto runs = telemetry::host::ReadHistory(data_);
+  EXPECT_GT(runs.at(0).compaction_rate, 0);
+  EXPECT_EQ(telemetry::host::FindStallLimit(5, data_).bytes_per_second, runs.at(0).compaction_rate);
 }
 
 TEST_F(RunCompaction, IsMadeWhenItWouldNot) {

@@ -66,10 +66,9 @@ void AddWhatToClean(CLI::App& command, RunOptions& options) {
   command.add_flag("--keep-going", options.keep_going,
                    "Give each database a pass of its own, so that one failure does not stop those after it");
   AddNumber(command,
-            {"--compact-when-free", "PERCENT", "Compact only what has at least this share of its file free; 0 always"},
+            {"--compact-when-free", "PERCENT", "Compact only where at least this share of the file is free; 0 always"},
             options.compact_when_free, 0.0, 100.0);
-  AddNumber(command,
-            {"--max-stall", "SECONDS", "Leave out a compaction that would keep writers waiting longer; 0 each one"},
+  AddNumber(command, {"--max-stall", "SECONDS", "Leave out a compaction that would take longer; 0 each one"},
             options.max_stall, 0.0, 86'400.0);
   command.add_flag("--exit-code", options.exit_code, "Of a plan: end with code 3 when something would be deleted");
 }
@@ -152,10 +151,11 @@ ExitCode ExitCodeOf(const RunReport& report, const RunOptions& options) {
 }
 
 /// Another run may need it; it is not worth failing for.
-void Remember(const RunReport& report, std::int64_t start) {
+void Remember(const RunReport& report, std::int64_t start, double compaction_rate) {
   try {
     RunRecord record = RecordOf(report);
     record.start = start;
+    record.compaction_rate = compaction_rate;
     record.end = std::time(nullptr);
     AddToHistory(report.directory, record);
   } catch (const std::runtime_error& failure) {
@@ -195,7 +195,7 @@ class Work {
     const std::int64_t start = std::time(nullptr);
     RunReport report = Signed(Run(module_.Module(), run_));
     if (!report.databases.empty()) {
-      Remember(report, start);
+      Remember(report, start, run_.stall.bytes_per_second);
     }
     return report;
   }
@@ -205,11 +205,22 @@ class Work {
     shared::StorageOptions storage = StorageOptionsOf(options_.bounds, run_.directory);
     storage.compact_when_free = options_.compact_when_free;
     if (options_.max_stall) {
-      run_.stall = FindStallLimit(*options_.max_stall, run_.directory);
-      RequireNoInterruption();
+      FindStallLimitOnce(*options_.max_stall);
       storage.compaction_limit = run_.stall.Bytes();
     }
     return storage;
+  }
+
+  void FindStallLimitOnce(double seconds) {
+    if (run_.stall.bytes_per_second > 0) {
+      return;
+    }
+    try {
+      run_.stall = FindStallLimit(seconds, run_.directory);
+    } catch (const CommandFailure&) {
+      RequireNoInterruption();
+      throw;
+    }
   }
 
   static RunReport Signed(RunReport report) {

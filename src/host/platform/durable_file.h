@@ -22,4 +22,10 @@ namespace corvo::telemetry::host {
 /// Windows: who may read the directory's files). One process at a time.
 void ReplaceOwnFile(const std::filesystem::path& file, const std::string& content);
 
+/// Adds the text to what the file holds, lastingly: once the function has returned it is there. After a crash a part of
+/// it can be; after a failure the file is as it was. Writes nothing else anew. One process at a time.
+///
+/// @return false, with nothing done, when there is no file that `ReplaceOwnFile` could have made.
+[[nodiscard]] bool AppendToOwnFile(const std::filesystem::path& file, const std::string& text);
+
 }  // namespace corvo::telemetry::host

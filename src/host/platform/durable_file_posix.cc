@@ -147,4 +147,24 @@ void ReplaceOwnFile(const fs::path& file, const std::string& content) {
   }
 }
 
+bool AppendToOwnFile(const fs::path& file, const std::string& text) {
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  Descriptor opened(open(file.c_str(), kFlags));
+  struct stat status {};
+  constexpr mode_t kModeOfOthers = S_IRWXG | S_IRWXO;
+  if (opened.Number() < 0 || fstat(opened.Number(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_nlink > 1 ||
+      status.st_uid != geteuid() || (status.st_mode & kModeOfOthers) != 0) {
+    return false;
+  }
+  if (!WriteAll(opened, text)) {
+    const int error = errno;
+    static_cast<void>(ftruncate(opened.Number(), status.st_size) == 0);
+    FailWith(file, error);
+  }
+  if (!opened.Close()) {
+    FailWith(file, errno);
+  }
+  return true;
+}
+
 }  // namespace corvo::telemetry::host

@@ -147,4 +147,23 @@ void ReplaceOwnFile(const fs::path& file, const std::string& content) {
   }
 }
 
+bool AppendToOwnFile(const fs::path& file, const std::string& text) {
+  const Handle opened(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE, kAllSharing, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  if (!opened.IsOpen()) {
+    return false;
+  }
+  LARGE_INTEGER end{};
+  end.QuadPart = Judge(file, opened);
+  const bool found = SetFilePointerEx(opened.Get(), end, nullptr, FILE_BEGIN) != 0;
+  if (!found || !WriteAll(opened, text)) {
+    const DWORD error = GetLastError();
+    if (found && SetFilePointerEx(opened.Get(), end, nullptr, FILE_BEGIN) != 0) {
+      SetEndOfFile(opened.Get());
+    }
+    FailWith(file, error);
+  }
+  return true;
+}
+
 }  // namespace corvo::telemetry::host

@@ -19,8 +19,15 @@ struct Entry {
   RunRecord run;
 };
 
-std::vector<Entry> ReadEntries(const std::filesystem::path& directory) {
-  const std::string content = ReadOwnFile(directory / kHistoryFile, kMostBytesRead).value_or("");
+// The file is written anew when it holds a quarter more than what is kept, so that this is seldom.
+constexpr std::size_t kMostBytesInFile = kMostBytes / 4 * 5;
+constexpr std::size_t kMostRunsInFile = kMostRuns / 4 * 5;
+
+std::string ReadFile(const std::filesystem::path& directory) {
+  return ReadOwnFile(directory / kHistoryFile, kMostBytesRead).value_or("");
+}
+
+std::vector<Entry> EntriesOf(const std::string& content) {
   std::vector<Entry> entries;
   for (std::string_view rest = content; !rest.empty();) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
@@ -34,6 +41,9 @@ std::vector<Entry> ReadEntries(const std::filesystem::path& directory) {
 
 /// The newest always stays.
 std::vector<Entry>::const_iterator FirstThatStays(const std::vector<Entry>& entries) {
+  if (entries.empty()) {
+    return entries.end();
+  }
   auto first = entries.end() - 1;
   for (std::size_t bytes = first->line.size() + 1; first != entries.begin(); --first) {
     bytes += std::prev(first)->line.size() + 1;
@@ -42,6 +52,14 @@ std::vector<Entry>::const_iterator FirstThatStays(const std::vector<Entry>& entr
     }
   }
   return first;
+}
+
+std::string Joined(std::vector<Entry>::const_iterator first, std::vector<Entry>::const_iterator end) {
+  std::string content;
+  for (; first != end; ++first) {
+    content += first->line + "\n";
+  }
+  return content;
 }
 
 /// What the reasons of a run come to, in one line.
@@ -102,19 +120,25 @@ RunRecord RecordOf(const RunReport& report) {
 }
 
 void AddToHistory(const std::filesystem::path& directory, const RunRecord& run) {
-  std::vector<Entry> entries = ReadEntries(directory);
-  entries.push_back({HistoryLine(run), {}});
-  std::string content;
-  for (auto entry = FirstThatStays(entries); entry != entries.end(); ++entry) {
-    content += entry->line + "\n";
+  const std::filesystem::path file = directory / kHistoryFile;
+  const std::string former = ReadFile(directory);
+  std::vector<Entry> entries = EntriesOf(former);
+  const std::string line = HistoryLine(run);
+  // With a torn line, or one that is no record, the file is not what its records come to.
+  const bool all_records = Joined(entries.begin(), entries.end()) == former;
+  const bool has_room = entries.size() < kMostRunsInFile && former.size() + line.size() < kMostBytesInFile;
+  if (all_records && has_room && AppendToOwnFile(file, line + "\n")) {
+    return;
   }
-  ReplaceOwnFile(directory / kHistoryFile, content);
+  entries.push_back({line, {}});
+  ReplaceOwnFile(file, Joined(FirstThatStays(entries), entries.end()));
 }
 
 std::vector<RunRecord> ReadHistory(const std::filesystem::path& directory) {
+  const std::vector<Entry> entries = EntriesOf(ReadFile(directory));
   std::vector<RunRecord> runs;
-  for (Entry& entry : ReadEntries(directory)) {
-    runs.push_back(std::move(entry.run));
+  for (auto entry = FirstThatStays(entries); entry != entries.end(); ++entry) {
+    runs.push_back(entry->run);
   }
   return runs;
 }

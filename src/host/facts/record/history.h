@@ -41,6 +41,7 @@ struct RunRecord {
   std::string result = {};  ///< empty: all was cleaned; else why not
   int signal = 0;           ///< by which the user ended it early; 0 when it ended by itself
   std::vector<DatabaseRecord> databases = {};
+  double compaction_rate = 0;  ///< by which it foretold the time of compactions, in bytes a second; 0: it did not
 
   [[nodiscard]] Deleted DeletedRows() const;
   [[nodiscard]] std::int64_t BytesFreed() const;  ///< negative when the files grew
@@ -55,7 +56,8 @@ inline constexpr const char* kHistoryFile = ".corvo-telemetry-host.history";
 /// The most runs that are kept, in about a megabyte; the oldest go first.
 inline constexpr std::size_t kMostRuns = 200;
 
-/// Adds a run to the directory's history: in one step and synced, so that a crash leaves the old history or the new.
+/// Adds a run to the directory's history, synced: a crash leaves the old history or the new, as a line that was not
+/// written to its end is none. The file is written anew when it has grown a quarter beyond what is kept.
 ///
 /// @throws std::runtime_error naming the file and the reason when it cannot be written, or is no file that a run can
 ///         have made (a link, a pipe, another user's); that is left as it is.

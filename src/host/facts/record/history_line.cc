@@ -18,6 +18,7 @@ constexpr std::size_t kLongestLine = 100'000;  // no run of this catalogue comes
 
 // No count of rows or bytes of this world, so small that sums of them fit their type.
 constexpr std::int64_t kMostOfAnything = 1'000'000'000'000'000;
+constexpr double kFastest = 1e15;
 constexpr std::int64_t kEndOfTime = 253'402'300'799;  // of the year 9999
 
 std::string Shortened(const std::string& text) { return common::ValidUtf8(text.substr(0, kLongestText)); }
@@ -96,7 +97,7 @@ DatabaseRecord ReadDatabase(const Json& object) {
                           .bytes_before = Count(object, "bytes_before"),
                           .bytes_after = Count(object, "bytes_after"),
                           .compaction_seconds = Seconds(object, "compaction_seconds")};
-  // Lines of former releases have neither.
+  // Lines of former releases have neither, nor the rate of the run.
   if (object.contains("compacted_bytes")) {
     database.compacted_bytes = Count(object, "compacted_bytes");
     database.not_compacted = object.at("not_compacted").get<std::string>();
@@ -114,6 +115,9 @@ RunRecord ReadRun(const Json& object) {
                 .seconds = Seconds(object, "seconds"),
                 .result = object.at("result").get<std::string>(),
                 .signal = static_cast<int>(Number(object, "signal", 0, 255))};
+  if (object.contains("compaction_rate")) {
+    run.compaction_rate = std::clamp(object.at("compaction_rate").get<double>(), 0.0, kFastest);
+  }
   for (const Json& database : object.at("databases")) {
     run.databases.push_back(ReadDatabase(database));
   }
@@ -133,6 +137,7 @@ std::string HistoryLine(const RunRecord& run) {
                        {"seconds", run.seconds},
                        {"result", Shortened(run.result)},
                        {"signal", run.signal},
+                       {"compaction_rate", run.compaction_rate},
                        {"databases", std::move(databases)}};
   return record.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
