@@ -101,6 +101,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{{"run", "--data-dir", "--quiet"},
                 "--data-dir needs a value, and --quiet is an option (a file of that name is ./--quiet)"},
         Mistake{{"run", "--quiet=no"}, "--quiet takes no value"},
+        Mistake{{"run", "--exit-code"}, "--exit-code tells of a plan: use plan, or --dry-run with it"},
         Mistake{{"run", "--wait", "1", "--wait=2"}, "--wait is given more than once"},
         Mistake{
             {"run", "--log-level", "eror"},
