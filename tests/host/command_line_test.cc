@@ -37,6 +37,7 @@ TEST_P(WrongUsage, IsOneJsonDocumentWhenJsonIsAskedFor) {
   const HostRun run = RunHost(words);
   EXPECT_EQ(run.exit_code, 2);
   EXPECT_EQ(run.Json()["schema_version"], 1);
+  EXPECT_EQ(run.Json()["kind"], "failure");
   EXPECT_EQ(run.Json()["result"]["category"], "EC_Custom");
   EXPECT_EQ(run.Json()["result"]["code"], 2);
   EXPECT_EQ(run.Json()["databases"], nlohmann::json::array());

@@ -1,6 +1,5 @@
 #include <fmt/core.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <ctime>
 #include <memory>
@@ -34,7 +33,6 @@ std::string Text(const CannotExplain& failure) {
   std::string text = failure.what();
   if (failure.Cause()) {
     text += ". " + Advice(*failure.Cause());
-    std::replace(text.begin(), text.end(), '\n', ' ');  // advice is folded for a page
   }
   return text;
 }

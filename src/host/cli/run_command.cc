@@ -1,7 +1,6 @@
 #include <fmt/core.h>
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <ctime>
@@ -238,8 +237,7 @@ ExitCode Clean(const RunOptions& options, bool json) {
   } else if (!options.quiet) {
     Print(RunText(report, UsesColour(stdout), IsTerminal(stdout) ? TerminalWidth(stdout) : 0));
   } else if (report.signal != 0 || !AllIsWell(report)) {
-    for (std::string line : Failures(report)) {
-      std::replace(line.begin(), line.end(), '\n', ' ');  // advice is folded for a page
+    for (const std::string& line : Failures(report)) {
       Tell(line);
     }
   }

@@ -43,8 +43,8 @@ class CommandFailure : public std::runtime_error {
   ExitCode exit_code_;
 };
 
-/// Reports a failure: one line on standard error, and with `json` the document of a run that cleaned nothing on
-/// standard output.
+/// Reports a failure: one line on standard error, and with `json` the document of a failure on standard
+/// output.
 void ReportFailure(const common::Error& error, bool json);
 
 }  // namespace corvo::telemetry::host
