@@ -30,7 +30,7 @@ def main(schemas, program):
             ("contracts", ["contracts"]),
             ("lint", ["contracts", "--lint"]),
             ("generate", ["generate", "--data-dir", data, "--scale", "0.01"]),
-            ("run", ["generate", "--data-dir", data]),
+            ("failure", ["generate", "--data-dir", data]),
             ("status", ["status", "--data-dir", data]),
             ("report", ["report", "--data-dir", data, "--html", data + "/page.html"]),
             ("run", ["run", "--data-dir", data]),
@@ -38,7 +38,7 @@ def main(schemas, program):
             ("history", ["history", "--data-dir", data]),
             ("explain", ["explain", "CollectorCache", "--data-dir", data]),
             ("print", ["print", "CollectorCache", "--data-dir", data]),
-            ("run", ["bogus"]),
+            ("failure", ["bogus"]),
             ("text", ["run", "--help"]),
             ("text", ["--version"]),
         ]

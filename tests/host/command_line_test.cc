@@ -37,6 +37,7 @@ TEST_P(WrongUsage, IsOneJsonDocumentWhenJsonIsAskedFor) {
   const HostRun run = RunHost(words);
   EXPECT_EQ(run.exit_code, 2);
   EXPECT_EQ(run.Json()["schema_version"], 1);
+  EXPECT_EQ(run.Json()["kind"], "failure");
   EXPECT_EQ(run.Json()["result"]["category"], "EC_Custom");
   EXPECT_EQ(run.Json()["result"]["code"], 2);
   EXPECT_EQ(run.Json()["databases"], nlohmann::json::array());
@@ -101,6 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{{"run", "--data-dir", "--quiet"},
                 "--data-dir needs a value, and --quiet is an option (a file of that name is ./--quiet)"},
         Mistake{{"run", "--quiet=no"}, "--quiet takes no value"},
+        Mistake{{"run", "--exit-code"}, "--exit-code tells of a plan: use plan, or --dry-run with it"},
         Mistake{{"run", "--wait", "1", "--wait=2"}, "--wait is given more than once"},
         Mistake{
             {"run", "--log-level", "eror"},

@@ -48,7 +48,7 @@ inline const Answers& UsualAnswers() {
                                 {"report", {0, "Wrote a page"}},
                                 {"run", {0, "Cleaned 5 databases"}},
                                 {"status", {0, "A run now"}},
-                                {"verify", {3, "broken promises"}}};
+                                {"verify", {3, "with no run on record"}}};
   return usual;
 }
 

@@ -60,12 +60,16 @@ TEST_F(ExplainCommand, ExplainsTheRowsThatAreNamed) {
   EXPECT_EQ(rows[1]["deleted_by"], "age");
 }
 
-TEST_F(ExplainCommand, FailsOnARowThatIsNotThere) {
+TEST_F(ExplainCommand, NamesRowsThatAreNotThereAndExplainsTheOthers) {
   Generate();
-  const HostRun run = Explain({"CollectorCache", "--rowid", "999999"});
+  const HostRun run = Explain({"CollectorCache", "--rowid", "999999", "--rowid", "1"});
   EXPECT_EQ(run.exit_code, 1);
-  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.out, HasSubstr("\nRow 1 "));
   EXPECT_THAT(run.err, HasSubstr("CollectorCache has no row with the rowid 999999; its rowids lie between 1 and "));
+  const HostRun document = Explain({"CollectorCache", "--json", "--rowid", "999999", "--rowid", "1"});
+  EXPECT_EQ(document.exit_code, 1);
+  EXPECT_EQ(document.Json()["rows"].size(), 1U);
+  EXPECT_EQ(document.Json()["missing_rows"], nlohmann::json({999'999}));
 }
 
 TEST_F(ExplainCommand, TellsWhatToDoAboutAFileThatCannotBeRead) {

@@ -92,6 +92,12 @@ TEST_F(ExplainedTable, SaysWhatTheNextPassTakesAndWhy) {
                                 "the database is at 120 of 100 MB\n"));
 }
 
+TEST_F(ExplainedTable, TellsTheSizeThatTheLimitSeesBesideThatOfTheFile) {
+  explanation_.engine_mb = 0;
+  explanation_.file_bytes = 360'400;
+  EXPECT_THAT(Text(), HasSubstr("the size limit sees the whole database as 0 MB, in whole MB; its file has 360.4 kB"));
+}
+
 TEST_F(ExplainedTable, SaysWhyARunLeavesItAlone) {
   explanation_.left_alone = "BatteryStatus has no column time";
   EXPECT_THAT(Text(), HasSubstr("a run leaves the database alone as it is, because BatteryStatus has no column time"));

@@ -11,7 +11,7 @@ namespace {
 
 /// A member that documents of one kind alone have, and the name of their schema.
 constexpr std::array<std::pair<const char*, const char*>, 4> kKinds = {
-    {{"result", "run"}, {"contracts", "contracts"}, {"left_out", "generate"}, {"text", "text"}}};
+    {{"result", "run"}, {"contracts", "contracts"}, {"seed", "generate"}, {"text", "text"}}};
 
 JsonSchema SchemaOf(const nlohmann::json& document) {
   if (document.contains("kind")) {

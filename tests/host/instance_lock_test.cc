@@ -87,6 +87,21 @@ TEST_F(OneRunAtATime, AFileThatAKilledRunLeftIsTakenOver) {
   EXPECT_THAT(holder_, AllOf(StartsWith("process "), Not(HasSubstr("2001"))));
 }
 
+TEST_F(OneRunAtATime, TheHolderIsKnownWithoutAnAttempt) {
+  EXPECT_EQ(InstanceLock::WhoHolds(folder_.Path()), "");
+  EXPECT_TRUE(fs::is_empty(folder_.Path()));
+  {
+    const auto lock = Take();
+    EXPECT_THAT(InstanceLock::WhoHolds(folder_.Path()), ContainsPattern("^process [0-9]+, since .* UTC$"));
+  }
+  EXPECT_EQ(InstanceLock::WhoHolds(folder_.Path()), "");
+}
+
+TEST_F(OneRunAtATime, AFileThatAKilledRunLeftHasNoHolder) {
+  std::ofstream(folder_.Path() / InstanceLock::kFileName) << "process 999999999, since 2024-05-01 10:00:00 UTC\n";
+  EXPECT_EQ(InstanceLock::WhoHolds(folder_.Path()), "");
+}
+
 TEST_F(OneRunAtATime, ThreadsExcludeEachOther) {
   std::atomic<int> holders = 0;
   std::atomic<int> most = 0;

@@ -120,6 +120,14 @@ TEST_F(PrintCommand, NamesTheColumnsThatHaveNoPlace) {
   }
 }
 
+TEST_F(PrintCommand, CutsWithWhatTheReaderCanShow) {
+  Write("time TEXT, value", "('2024-05-01T00:00:00+00:00', '" + std::string(100, 'x') + "')");
+  for (const auto& [locale, end] : {std::pair("C", "x...\n"), std::pair("C.UTF-8", "x…\n")}) {
+    EXPECT_THAT(RunHost({"print", "CollectorCache", "--data-dir", data_}, {std::string("LC_ALL=") + locale}).out,
+                HasSubstr(end));
+  }
+}
+
 TEST_F(PrintCommand, TellsARowidFromAColumnThatIsOne) {
   Write("rowid INTEGER PRIMARY KEY, time TEXT", "(7, 'a')");
   EXPECT_EQ(PrintIt({"--json"}).Json()["columns"], nlohmann::json({"rowid", "time"}));

@@ -99,7 +99,7 @@ TEST_F(PromisesOfATable, NameARuleForEachRowThatWent) {
   Record().deleted = {.expired = 5, .row_limit = 3, .size_limit = 2};
   ExpectKept();
   Record().rows_before = 22;
-  ExpectBreach(Promise::kNothingLost, "Boot: 2 rows went during the run that no rule named");
+  ExpectBreach(Promise::kNothingLost, "Boot: 2 rows that no rule named went during the run");
 }
 
 TEST_F(PromisesOfATable, AreBrokenByATableThatIsGone) {

@@ -78,7 +78,7 @@ TEST(RunDocument, OfARunThatDidNotBeginHasTheRecordAndNoDatabases) {
   EXPECT_EQ(Json::parse(RunDocument(error)), Json::parse(R"({"schema_version": 1,
                             "result": {"category": "EC_Custom", "code": 10, "version": 3, "what": "no such directory"},
                             "databases": [], "seconds": 0.0, "data_directory": null, "cleaned": 0,
-                            "interrupted": false, "passes": [], "planned": false})"));
+                            "interrupted": false, "passes": [], "planned": false, "kind": "failure"})"));
 }
 
 TEST(ErrorJson, IsReadBackAsTheSameRecord) {

@@ -24,8 +24,8 @@ TEST(RunText, ShowsEveryTableTheTotalsAndTheOutcome) {
             "----------------------------------------------------------------------------------------------------\n"
             "Total                   1,500      900        100         500             2.0 MB    500.0 kB  1.5 MB\n"
             "\n"
-            "Not there, which is no failure: Sleep\n"
-            "LOST: the share of its rows that a table lost, where it is more than half\n"
+            "Tables that are not there, which is no failure: Sleep\n"
+            "LOST: the share of a table's rows that the rules take, where it is over half\n"
             "Cleaned 1 database: 1,000 rows deleted, 1.5 MB freed in 0.2 s\n");
 }
 
@@ -71,11 +71,10 @@ TEST(RunText, SaysWhichDatabaseWasNotCleanedWhyAndWhatToDo) {
                               .tables = {},
                               .problem = test::SampleProblem(Kind::kUnfit, "damaged: file is not a database", 26)});
   EXPECT_THAT(RunText(report, false),
-              EndsWith("Cache: The file is damaged and stays as it is. Stop its collector. Keep a copy of it with its "
-                       "-journal, -wal and "
-                       "-shm; the\nrows that can still be read come out of the copy as SQL with sqlite3 COPY .recover. "
-                       "Then move it away "
-                       "with them: its\ncollector makes a new one.\n"
+              EndsWith("Cache: The file is damaged and stays as it is. Stop its collector. Keep a copy\n"
+                       "of it with its -journal, -wal and -shm; the rows that can still be read come out\n"
+                       "of the copy as SQL with sqlite3 COPY .recover. Then move it away with them: its\n"
+                       "collector makes a new one.\n"
                        "Cleaned 1 of 2 databases; not cleaned: Cache (damaged: file is not a database)\n"
                        "1,000 rows deleted, 1.5 MB freed in 0.2 s\n"));
   EXPECT_THAT(RunText(report, false), HasSubstr("Cache (not cleaned)"));

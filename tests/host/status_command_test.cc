@@ -34,8 +34,8 @@ TEST_F(StatusCommand, ShowsDatabasesTablesAndTheNextRun) {
   Generate();
   const HostRun run = Status();
   EXPECT_EQ(run.exit_code, 0) << run.err;
-  for (const char* text :
-       {"DATABASE", "HealthLog", "TABLE", "OLDEST", "A run now: ", "Not there, which is no failure: DeviceUsage"}) {
+  for (const char* text : {"DATABASE", "HealthLog", "TABLE", "OLDEST",
+                           "A run now: ", "Databases without a file, which is no failure: DeviceUsage"}) {
     EXPECT_THAT(run.out, HasSubstr(text));
   }
   EXPECT_LE(std::count(run.out.begin(), run.out.end(), '\n'), 23);
@@ -107,7 +107,11 @@ TEST_F(StatusCommand, SaysWhenThereIsNothing) {
   std::filesystem::create_directory(data_);
   const HostRun run = Status();
   EXPECT_EQ(run.exit_code, 0);
+  EXPECT_EQ(run.err, "");
   EXPECT_THAT(run.out, HasSubstr("Nothing to show: "));
+  const HostRun check = Status({"--check"});
+  EXPECT_EQ(check.exit_code, 0);
+  EXPECT_THAT(check.err, HasSubstr("nothing was checked: " + data_ + " holds none of the databases"));
 }
 
 }  // namespace

@@ -124,6 +124,17 @@ TEST(StatusText, ShowsThoseFirstThatComeNearestToALimit) {
   EXPECT_THAT(text, HasSubstr("A run now would delete nothing.\nAll is within its limits.\n"));
 }
 
+TEST(StatusText, CallsNothingWithinItsLimitsThatARunTakes) {
+  DirectoryState state{.directory = "/data", .directory_source = "default", .now = kNow};
+  state.databases.push_back({.name = "A", .path = "A.db", .max_size_mb = 100});
+  state.databases[0].tables = {Table("Full", 46'000)};
+  state.databases[0].tables[0].oldest = kNow;
+  state.databases[0].tables[0].next_pass = {.row_limit = 1'000};
+  const std::string text = StatusText(state, false, {.width = 200});
+  EXPECT_THAT(text, Not(HasSubstr("All is within its limits")));
+  EXPECT_THAT(text, HasSubstr("\nNothing needs attention: a run takes rows when they expire, and from nine tenths"));
+}
+
 TEST(StatusText, LetsNoSampleSpeakToTheTerminal) {
   DirectoryState state = FullDirectory();
   state.databases[0].tables[0].no_time.sample = "\x1b[2J\xff\n";
@@ -143,7 +154,7 @@ TEST(StatusText, NamesWhatCannotBeReadOrCleanedAndWhatIsNotThere) {
   const std::string text = StatusText(state, false, {});
   EXPECT_THAT(text, HasSubstr("A cannot be read: another program holds it locked\n"));
   EXPECT_THAT(text, HasSubstr("B is left alone by runs: Boot is a view\n"));
-  EXPECT_THAT(text, HasSubstr("Not there, which is no failure: C\n"));
+  EXPECT_THAT(text, HasSubstr("Databases without a file, which is no failure: C\n"));
   EXPECT_THAT(text, HasSubstr("1 database not readable, 3 databases over the size limit"));
 }
 

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "host/facts/record/history.h"
+#include "host/platform/instance_lock.h"
 #include "host/run_fixture.h"
 #include "support/database.h"
 
@@ -163,8 +164,23 @@ TEST_F(VerifyCommand, ChecksWhatItCanWithoutARecord) {
   const HostRun run = Verify({"--database", "Cache"});
   EXPECT_EQ(run.exit_code, 0) << run.out;
   EXPECT_THAT(run.out, HasSubstr("No run is recorded"));
+}
+
+TEST_F(VerifyCommand, CallsNothingBrokenThatNoRunHasPromised) {
+  fs::remove(File(telemetry::host::kHistoryFile));
   Plant("Cache.db", Add("CollectorCache", 1, "'2001-01-01'"));
-  EXPECT_EQ(Verify().exit_code, 3);
+  const HostRun run = Verify({"--database", "Cache"});
+  EXPECT_EQ(run.exit_code, 3);
+  EXPECT_THAT(run.out, HasSubstr("not yet"));
+  EXPECT_THAT(run.out, Not(HasSubstr("BROKEN")));
+  EXPECT_THAT(run.out, HasSubstr("1 finding in 1 of 1 database, with no run on record\n"));
+}
+
+TEST_F(VerifyCommand, NamesTheRunThatIsAtWork) {
+  EXPECT_EQ(Verify().err, "");
+  std::string holder;
+  const auto lock = telemetry::host::InstanceLock::TryTake(data_, holder);
+  EXPECT_THAT(Verify().err, HasSubstr("a run is at work in " + data_ + ": process "));
 }
 
 TEST_F(VerifyCommand, SaysThatTheRecordCannotBeRead) {
@@ -172,8 +188,8 @@ TEST_F(VerifyCommand, SaysThatTheRecordCannotBeRead) {
   fs::create_directory(File(telemetry::host::kHistoryFile));
   const HostRun run = Verify();
   EXPECT_EQ(run.exit_code, 1) << run.out;
-  EXPECT_THAT(run.out, HasSubstr("The record of the runs cannot be read: "));
-  EXPECT_THAT(run.out, HasSubstr("not all was seen"));
+  EXPECT_THAT(run.out, HasSubstr("The record of the runs cannot be read:"));
+  EXPECT_THAT(run.out, HasSubstr("not all could be seen"));
   EXPECT_EQ(Verify({"--json"}).Json()["complete"], false);
 }
 

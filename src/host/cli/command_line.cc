@@ -13,6 +13,7 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/words/command_words.h"
+#include "host/cli/words/help_text.h"
 #include "host/cli/words/wrong_usage.h"
 #include "host/platform/platform.h"
 #include "host/show/failure.h"
@@ -23,24 +24,25 @@
 namespace corvo::telemetry::host {
 namespace {
 
-constexpr const char* kExamples =
-    "Examples:\n"
-    "  corvo-telemetry-host generate --data-dir try               sample databases to try everything on\n"
-    "  corvo-telemetry-host status --data-dir try                 each database and table against its limits\n"
-    "  corvo-telemetry-host plan --data-dir try                   what a run would delete, and nothing deleted\n"
-    "  corvo-telemetry-host run --data-dir try                    clean them\n"
-    "  corvo-telemetry-host verify --data-dir try                 whether what the run promised holds\n"
-    "  corvo-telemetry-host explain BatteryStatus --data-dir try  why rows of a table go or stay\n"
-    "  corvo-telemetry-host print BatteryStatus --data-dir try    the newest rows of a table\n"
-    "  corvo-telemetry-host report --data-dir try --html try.html  all of it as a page for a browser\n"
-    "  corvo-telemetry-host generate --data-dir try --live 60     new rows for a minute, as collectors write them\n";
+std::vector<Example> Examples() {
+  return {{"generate --data-dir try", "sample databases to try everything on"},
+          {"status --data-dir try", "each database and table against its limits"},
+          {"plan --data-dir try", "what a run would delete, and nothing deleted"},
+          {"run --data-dir try", "clean them"},
+          {"verify --data-dir try", "whether what the run promised holds"},
+          {"explain BatteryStatus --data-dir try", "why rows of a table go or stay"},
+          {"print BatteryStatus --data-dir try", "the newest rows of a table"},
+          {"report --data-dir try --html try.html", "all of it as a page for a browser"},
+          {"generate --data-dir try --live 60", "new rows for a minute, as collectors write them"}};
+}
 
 /// Each command with what runs it, in the order of the help.
 std::vector<std::pair<const CLI::App*, Action>> Build(CLI::App& app) {
-  app.set_version_flag("--version", CORVO_VERSION);
+  app.set_help_flag("-h,--help", "Show this help");
+  app.set_version_flag("--version", CORVO_VERSION, "Show the version");
   app.add_flag("--json", kJsonText);
   app.add_flag("--no-color", kNoColorText);
-  app.footer(kExitCodes);
+  SetHelp(app, Examples(), "COMMAND --help tells all of a command, with examples.");
   app.require_subcommand(0, 1);
   // The same command lines on every platform.
   app.allow_windows_style_options(false);
@@ -70,8 +72,7 @@ ExitCode Fail(const CommandFailure& failure, bool json) {
 }
 
 ExitCode ParseAndRun(int argc, char** argv, bool json) {
-  CLI::App app(std::string("Runs the clean-up of telemetry databases from the command line.\n\n") + kExamples,
-               "corvo-telemetry-host");
+  CLI::App app("Runs the clean-up of telemetry databases from the command line", "corvo-telemetry-host");
   const auto commands = Build(app);
   try {
     CheckWords(app, {argv + std::min(argc, 1), argv + argc});

@@ -1,17 +1,21 @@
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <vector>
 
 #include "host/cli/commands.h"
+#include "host/cli/words/help_text.h"
 #include "host/facts/catalogue_view.h"
 #include "host/facts/lint/lint.h"
 #include "host/platform/platform.h"
 #include "host/show/explain/lint_text.h"
+#include "host/show/fitting_table.h"
+#include "host/show/fold.h"
 #include "host/show/json_text.h"
 #include "host/show/standard_output.h"
-#include "host/show/text_table.h"
 #include "host/show/units.h"
 
 namespace corvo::telemetry::host {
@@ -39,26 +43,41 @@ std::string CatalogueJson(const CatalogueView& catalogue) {
 
 std::string Limit(std::uint32_t value) { return value == 0 ? "none" : WithSeparators(value); }
 
-std::string CatalogueText(const CatalogueView& catalogue, bool colour) {
-  std::vector<TableLine> lines = {
-      {{"DATABASE", "CONTRACT", "TABLE", "MAX ROWS", "MAX DAYS", "DATABASE MAX MB"}, Tone::kStrong}};
+FittingColumn Column(const char* head, Align align, const CatalogueView& catalogue,
+                     const std::function<std::string(const ContractView&)>& text) {
+  FittingColumn column{.head = head, .align = align};
   for (const ContractView& contract : catalogue.contracts) {
-    lines.push_back({{contract.database, contract.name, contract.table, Limit(contract.max_rows),
-                      Limit(contract.retention_days), Limit(contract.max_size_mb)}});
+    column.texts.push_back(text(contract));
   }
-  const std::vector<Align> alignments = {Align::kLeft,  Align::kLeft,  Align::kLeft,
-                                         Align::kRight, Align::kRight, Align::kRight};
-  return FormatTable(lines, alignments, colour) +
-         fmt::format(
-             "\n{} in {}. Rows are kept for MAX DAYS and up to MAX ROWS a table; DATABASE MAX MB bounds the whole "
-             "file.\n",
-             Counted(static_cast<std::int64_t>(catalogue.contracts.size()), "table"),
-             Counted(static_cast<std::int64_t>(catalogue.databases.size()), "database"));
+  return column;
+}
+
+std::string CatalogueText(const CatalogueView& catalogue, const Display& display) {
+  const auto add = [&catalogue](const char* head, Align align, const auto& text) {
+    return Column(head, align, catalogue, text);
+  };
+  FittingColumn type = add("CONTRACT", Align::kLeft, [](const ContractView& each) { return each.name; });
+  type.rank = 1;  // hardly another name than the table's
+  const std::string table = FormatFitting(
+      {add("DATABASE", Align::kLeft, [](const ContractView& each) { return each.database; }), type,
+       add("TABLE", Align::kLeft, [](const ContractView& each) { return each.table; }),
+       add("MAX ROWS", Align::kRight, [](const ContractView& each) { return Limit(each.max_rows); }),
+       add("MAX DAYS", Align::kRight, [](const ContractView& each) { return Limit(each.retention_days); }),
+       add("MAX MB", Align::kRight, [](const ContractView& each) { return Limit(each.max_size_mb); })},
+      std::vector<Tone>(catalogue.contracts.size(), Tone::kPlain), display);
+  const std::string note = fmt::format(
+      "{} in {}. Rows are kept for MAX DAYS and up to MAX ROWS a table; MAX MB bounds the whole file of the database.",
+      Counted(static_cast<std::int64_t>(catalogue.contracts.size()), "table"),
+      Counted(static_cast<std::int64_t>(catalogue.databases.size()), "database"));
+  return table + "\n" + Indented(note, 0, static_cast<std::size_t>(std::max(TerminalWidth(stdout), 20)));
 }
 
 ExitCode Show(bool json) {
   const CatalogueView catalogue = ReadCatalogue();
-  Print(json ? CatalogueJson(catalogue) : CatalogueText(catalogue, UsesColour(stdout)));
+  constexpr std::size_t kUnbounded = 1000;
+  const Display display{.width = IsTerminal(stdout) ? static_cast<std::size_t>(TerminalWidth(stdout)) : kUnbounded,
+                        .colour = UsesColour(stdout)};
+  Print(json ? CatalogueJson(catalogue) : CatalogueText(catalogue, display));
   return kDone;
 }
 
@@ -77,6 +96,11 @@ Action AddContracts(CLI::App& app) {
       *app.add_subcommand("contracts", "Show which tables are kept where, for how long, and how many rows");
   const auto lint = std::make_shared<bool>(false);
   command.add_flag("--lint", *lint, "Show what is doubtful in them instead, and end with code 3 when something is");
+  SetHelp(command,
+          {{"contracts", "every table with its limits"},
+           {"contracts --json", "the same, for programs"},
+           {"contracts --lint", "for scripts: exit code 3 when a limit cannot work as it looks"}},
+          "The tables and limits are built into the program.");
   return [lint](bool json) { return *lint ? ShowDoubts(json) : Show(json); };
 }
 

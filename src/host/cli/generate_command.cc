@@ -12,6 +12,7 @@
 #include "common/text.h"
 #include "host/cli/commands.h"
 #include "host/cli/generation_report.h"
+#include "host/cli/words/help_text.h"
 #include "host/cli/words/option_values.h"
 #include "host/facts/catalogue_view.h"
 #include "host/facts/data_directory.h"
@@ -132,16 +133,20 @@ void AddLiveWriting(CLI::App& command, GenerateOptions& options) {
       .needs(&live);
 }
 
+constexpr const char* kFooter =
+    "Every table gets rows on both sides of its retention; some tables get more rows than their limit, one database "
+    "grows past its size limit, one table and one database are left out. The same --seed and --now give the same "
+    "content. What a generation that fails has begun is removed, and what it was to replace stays.";
+
 }  // namespace
 
 Action AddGenerate(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("generate", "Write databases that give a pass something to do");
-  command.footer(
-      "Every table gets rows on both sides of its retention; some tables get more rows than their limit, one database\n"
-      "grows past its size limit, one table and one database are left out. The same --seed and --now give the same\n"
-      "content. What a generation that fails has begun is removed, and what it was to replace stays.\n\n"
-      "Example: write to the databases in try for a minute, to run the other commands meanwhile\n"
-      "  corvo-telemetry-host generate --data-dir try --live 60");
+  SetHelp(command,
+          {{"generate --data-dir try", "sample databases to try everything on"},
+           {"generate --data-dir try --force --scale 0.1", "fewer rows, in place of those that are there"},
+           {"generate --data-dir try --live 60", "new rows for a minute, to try the other commands meanwhile"}},
+          kFooter);
   const auto options = std::make_shared<GenerateOptions>();
   AddWhatToGenerate(command, *options);
   AddLiveWriting(command, *options);

@@ -20,6 +20,24 @@ Json LiveJson(const LiveResult& live) {
   return json;
 }
 
+void AddWritten(const Generation& generation, const CatalogueView& catalogue, Json& document) {
+  document["now"] = TimeText(generation.now);
+  document["databases"] = Json::array();
+  document["left_out"] = Json::array();
+  for (const WrittenDatabase& database : generation.databases) {
+    document["databases"].push_back({{"name", database.name},
+                                     {"path", common::Utf8(database.path)},
+                                     {"tables", database.tables},
+                                     {"rows", database.rows},
+                                     {"bytes", database.bytes}});
+  }
+  for (const ContractView& contract : catalogue.contracts) {
+    if (contract.database == generation.plan.missing_database || contract.table == generation.plan.missing_table) {
+      document["left_out"].push_back({{"database", contract.database}, {"table", contract.table}});
+    }
+  }
+}
+
 std::string OdditiesText(const GenerationPlan& plan, double scale) {
   std::string text = "Put in on purpose:\n";
   text += fmt::format("  no database   {}\n", plan.missing_database);
@@ -36,27 +54,15 @@ std::string OdditiesText(const GenerationPlan& plan, double scale) {
 }  // namespace
 
 std::string GenerationJson(const Generation& generation, const CatalogueView& catalogue) {
-  Json document = {{"schema_version", 1},        {"directory", common::Utf8(generation.directory)},
-                   {"seed", generation.seed},    {"now", TimeText(generation.now)},
-                   {"databases", Json::array()}, {"left_out", Json::array()}};
-  for (const WrittenDatabase& database : generation.databases) {
-    document["databases"].push_back({{"name", database.name},
-                                     {"path", common::Utf8(database.path)},
-                                     {"tables", database.tables},
-                                     {"rows", database.rows},
-                                     {"bytes", database.bytes}});
-  }
-  for (const ContractView& contract : catalogue.contracts) {
-    if (contract.database == generation.plan.missing_database || contract.table == generation.plan.missing_table) {
-      document["left_out"].push_back({{"database", contract.database}, {"table", contract.table}});
-    }
-  }
+  Json document = {{"schema_version", 1}, {"directory", common::Utf8(generation.directory)}, {"seed", generation.seed}};
   if (generation.live) {
     document["live"] = LiveJson(*generation.live);
   }
+  if (!generation.databases.empty()) {
+    AddWritten(generation, catalogue, document);
+  }
   return JsonText(document) + "\n";
 }
-
 std::string GenerationText(const Generation& generation, bool colour) {
   std::vector<TableLine> lines = {{{"DATABASE", "TABLES", "ROWS", "FILE SIZE"}, Tone::kStrong}};
   std::int64_t rows = 0;

@@ -5,6 +5,7 @@
 
 #include "host/cli/commands.h"
 #include "host/cli/words/common_options.h"
+#include "host/cli/words/help_text.h"
 #include "host/cli/words/option_values.h"
 #include "host/facts/record/history.h"
 #include "host/platform/platform.h"
@@ -15,8 +16,8 @@ namespace corvo::telemetry::host {
 namespace {
 
 constexpr const char* kFooter =
-    "The newest run comes last. FREED is what the files with their write-ahead logs have shrunk by. A run that was\n"
-    "killed has left no record.\n";
+    "The newest run comes last. FREED is what the files with their write-ahead logs have shrunk by. A run that was "
+    "killed has left no record.";
 
 struct HistoryOptions {
   std::string data_dir;
@@ -51,7 +52,9 @@ Action AddHistory(CLI::App& app) {
   AddDataDirectory(command, options->data_dir);
   AddNumber(command, {"--limit", "NUMBER", "Most runs to show"}, options->limit, 1U,
             static_cast<std::uint32_t>(kMostRuns));
-  command.footer(std::string(kFooter) + kExitCodes);
+  SetHelp(command,
+          {{"history --data-dir try", "the last 20 runs"}, {"history --data-dir try --limit 1", "the last one"}},
+          kFooter);
   return [options](bool json) { return Show(*options, json); };
 }
 

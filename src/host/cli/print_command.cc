@@ -9,6 +9,7 @@
 #include "common/text.h"
 #include "host/cli/commands.h"
 #include "host/cli/words/common_options.h"
+#include "host/cli/words/help_text.h"
 #include "host/cli/words/option_values.h"
 #include "host/cli/words/wrong_usage.h"
 #include "host/facts/catalogue_view.h"
@@ -84,7 +85,7 @@ std::string HowMany(std::size_t rows, const PrintOptions& options, const Place& 
 }
 
 void PrintTable(TableRows& rows, const PrintOptions& options, const Place& place) {
-  RowTable table(rows.Columns(), TerminalWidth(stdout));
+  RowTable table(rows.Columns(), TerminalWidth(stdout), ShowsBlocks(stdout));
   ReadRows(rows, options.limit, [&table](const Cells& row) { table.Add(row); });
   Print((table.Rows() > 0 ? table.Text(UsesColour(stdout)) : "") + HowMany(table.Rows(), options, place));
 }
@@ -151,12 +152,8 @@ ExitCode PrintCommand(const PrintOptions& options, bool json) {
 }
 
 constexpr const char* kFooter =
-    "Rows are ordered by rowid, as the row limit sees their age. jsonl and csv hold every column and every value in\n"
-    "full; a value of csv that begins with =, +, - or @ is left as it is, so a spreadsheet can take it for a "
-    "formula.\n\n"
-    "Examples:\n"
-    "  corvo-telemetry-host print BatteryStatus --data-dir try              the newest 10 rows\n"
-    "  corvo-telemetry-host print BatteryStatus --limit 1000 --format csv   the newest 1000, for a spreadsheet";
+    "Rows are ordered by rowid, as the row limit sees their age. jsonl and csv hold every column and every value in "
+    "full; a value of csv that begins with =, +, - or @ is left as it is, so a spreadsheet can take it for a formula.";
 
 }  // namespace
 
@@ -167,11 +164,14 @@ Action AddPrint(CLI::App& app) {
   AddDataDirectory(command, options->data_dir);
   command.add_flag("--oldest", options->oldest, "Show the oldest rows instead, oldest first");
   AddNumber(command, {"--limit", "ROWS", "Most rows to show"}, options->limit, 1, 100'000);
-  CLI::Option& format =
-      AddChoice(command, {"--format", "FORMAT", "table, jsonl (a JSON object a line) or csv; table when not given"},
-                options->format, {"table", "jsonl", "csv"});
+  CLI::Option& format = AddChoice(command, {"--format", "FORMAT", "table, jsonl (a JSON object a line) or csv"},
+                                  options->format, {"table", "jsonl", "csv"});
   AddBounds(command, options->bounds);
-  command.footer(kFooter);
+  SetHelp(command,
+          {{"print BatteryStatus --data-dir try", "the newest 10 rows"},
+           {"print BatteryStatus --data-dir try --oldest --limit 3", "the oldest 3"},
+           {"print Device --data-dir try --limit 1000 --format csv", "the newest 1000, for a spreadsheet"}},
+          kFooter);
   return [options, &format](bool json) {
     if (json && format.count() > 0) {
       WrongUsage("--json writes a document of its own, so --format has no place beside it");

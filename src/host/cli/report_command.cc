@@ -11,8 +11,8 @@
 #include "host/cli/commands.h"
 #include "host/cli/page_file.h"
 #include "host/cli/words/common_options.h"
+#include "host/cli/words/help_text.h"
 #include "host/cli/words/option_values.h"
-#include "host/cli/words/wrong_usage.h"
 #include "host/pass/loaded_module.h"
 #include "host/pass/logging.h"
 #include "host/pass/plan.h"
@@ -135,9 +135,6 @@ std::string Text(const ReportOptions& options, const fs::path& place, std::size_
 }
 
 ExitCode Report(const ReportOptions& options, bool json) {
-  if (options.html.empty()) {
-    WrongUsage("--html FILE is needed: the page to write");
-  }
   const DataDirectory directory = RequireDataDirectory(options.data_dir);
   const fs::path place = RequirePagePlace(options.html, directory.path);
   const Interruptions interruptions;
@@ -155,8 +152,7 @@ ExitCode Report(const ReportOptions& options, bool json) {
 Action AddReport(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("report", "Write one page, for a browser, on how everything stands");
   const auto options = std::make_shared<ReportOptions>();
-  AddText(command, {"--html", "FILE", "The page to write, in place of a former one; it needs nothing else"},
-          options->html);
+  AddText(command, {"--html", "FILE", "The page to write, in place of a former one"}, options->html).required();
   AddChoice(command, {"--of", "SUBJECT", "What comes first: status, plan (what a run would do) or run (the last one)"},
             options->of, {"status", "plan", "run"});
   AddDataDirectory(command, options->data_dir);
@@ -165,8 +161,11 @@ Action AddReport(CLI::App& app) {
   AddText(command, {"--plugin", "FILE", "Module for a plan; the one that belongs to this program when not given"},
           options->plugin);
   AddBounds(command, options->bounds);
-  command.footer(std::string("Example: corvo-telemetry-host report --data-dir try --html try.html --of plan\n") +
-                 kExitCodes);
+  SetHelp(command,
+          {{"report --data-dir try --html try.html", "how everything stands"},
+           {"report --data-dir try --html try.html --of plan", "what a run would do, shown on copies"},
+           {"report --data-dir try --html try.html --of run", "what the last run did"}},
+          "The page is one file that needs no network. Reads only, and replaces FILE as a whole or not at all.");
   return [options](bool json) { return Report(*options, json); };
 }
 

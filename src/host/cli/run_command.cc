@@ -1,7 +1,6 @@
 #include <fmt/core.h>
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <ctime>
@@ -14,6 +13,7 @@
 #include "host/cli/commands.h"
 #include "host/cli/loss_limit.h"
 #include "host/cli/words/common_options.h"
+#include "host/cli/words/help_text.h"
 #include "host/cli/words/option_values.h"
 #include "host/cli/words/wrong_usage.h"
 #include "host/facts/record/history.h"
@@ -57,27 +57,30 @@ struct RunOptions {
 
 void AddWhatToClean(CLI::App& command, RunOptions& options) {
   AddDataDirectory(command, options.data_dir);
-  AddDatabases(command, {"--database", "NAME", "Clean this database alone; several times for several"},
+  AddDatabases(command, {"--database", "NAME", "Take this database alone; several times for several"},
                options.databases);
   AddText(command, {"--plugin", "FILE", "Module to load; the one that belongs to this program when not given"},
           options.plugin);
   AddNumber(command, {"--passes", "NUMBER", "Number of passes, one after the other in this process"}, options.passes, 1,
             1'000'000);
   command.add_flag("--keep-going", options.keep_going,
-                   "Give each database a pass of its own, so that one failure does not stop those after it");
+                   "Take each database on its own: when one fails, the others still get their turn");
   AddNumber(command,
             {"--compact-when-free", "PERCENT", "Compact only where at least this share of the file is free; 0 always"},
             options.compact_when_free, 0.0, 100.0);
   AddNumber(command, {"--max-stall", "SECONDS", "Leave out a compaction that would take longer; 0 each one"},
             options.max_stall, 0.0, 86'400.0);
-  command.add_flag("--exit-code", options.exit_code, "Of a plan: end with code 3 when something would be deleted");
+  command.add_flag("--exit-code", options.exit_code,
+                   "Of a plan: end with code 3 when something would be deleted, 0 when nothing would");
 }
 
 void AddCaution(CLI::App& command, RunOptions& options) {
   command.add_flag("--dry-run", options.dry_run, "Only show what the run would do, as plan does");
-  AddNumber(command, {"--max-loss", "PERCENT", "Plan first, and do nothing if a table would lose more of its rows"},
-            options.max_loss, 0.0, 100.0);
-  command.add_flag("--force", options.force, "Run whatever --max-loss says");
+  AddNumber(
+      command,
+      {"--max-loss", "PERCENT", "Plan first, and delete nothing if a table would lose more of its rows than that"},
+      options.max_loss, 0.0, 100.0);
+  command.add_flag("--force", options.force, "Clean, whatever --max-loss says");
   command.add_flag("--trust-directory", options.trust_directory,
                    "Clean as a privileged user where others may write, too");
   AddNumber(command, {"--wait", "SECONDS", "Longest wait for the end of another run of the same directory"},
@@ -92,13 +95,23 @@ void AddWhatToTell(CLI::App& command, RunOptions& options) {
   AddText(command, {"--log-file", "FILE", "File to log to instead of standard error"}, options.log_file);
 }
 
-std::string Footer() {
+/// What `run` and `plan` have in common.
+std::string Notes() {
   return fmt::format(
-      "With several passes the counts are those before the first and after the last; a pass that fails is the "
-      "last.\nSizes are those of the files with their write-ahead logs. The log level is {} when none is "
-      "given: errors without\nthe missing tables that every pass forgives; for a file it is {}.\n{}",
-      kDefaultLogLevel, kDefaultLogFileLevel, kExitCodes);
+      "With several passes the counts are those before the first and after the last; a pass that fails is the last. "
+      "Sizes are those of the files with their write-ahead logs. The log level is {} when none is given: errors "
+      "without the missing tables that every pass forgives; for a file it is {}.\n",
+      kDefaultLogLevel, kDefaultLogFileLevel);
 }
+
+constexpr const char* kExitCodeNote =
+    "With --exit-code: 3 when something would be deleted, 0 when nothing would; 1 when a database cannot be planned "
+    "for, such as a damaged or a locked one, whatever the others would lose.\n";
+
+constexpr const char* kPlanNote =
+    "Each database is copied, and the copies are cleaned. They lie in a folder of their own in SQLite's directory for "
+    "temporary files (the environment variable SQLITE_TMPDIR, else the system's) and are removed at the end. Those of "
+    "a plan that was killed are removed by the next one.\n";
 
 void WarnOfMissingLocale() {
   if (const std::string hint = MissingLocaleHint(); !hint.empty()) {
@@ -236,6 +249,9 @@ class Work {
 };
 
 ExitCode Clean(const RunOptions& options, bool json) {
+  if (options.exit_code && !options.dry_run) {
+    WrongUsage("--exit-code tells of a plan: use plan, or --dry-run with it");
+  }
   if (options.dry_run && options.max_loss) {
     WrongUsage("--max-loss plans before it cleans, and --dry-run does not clean");
   }
@@ -251,8 +267,7 @@ ExitCode Clean(const RunOptions& options, bool json) {
   } else if (!options.quiet) {
     Print(RunText(report, UsesColour(stdout), IsTerminal(stdout) ? TerminalWidth(stdout) : 0));
   } else if (report.signal != 0 || !AllIsWell(report)) {
-    for (std::string line : Failures(report)) {
-      std::replace(line.begin(), line.end(), '\n', ' ');  // advice is folded for a page
+    for (const std::string& line : Failures(report)) {
       Tell(line);
     }
   }
@@ -262,7 +277,6 @@ ExitCode Clean(const RunOptions& options, bool json) {
 Action AddTo(CLI::App& command, const std::shared_ptr<RunOptions>& options) {
   AddWhatToTell(command, *options);
   AddBounds(command, options->bounds);
-  command.footer(Footer());
   return [options](bool json) { return Clean(*options, json); };
 }
 
@@ -273,6 +287,12 @@ Action AddRun(CLI::App& app) {
   const auto options = std::make_shared<RunOptions>();
   AddWhatToClean(command, *options);
   AddCaution(command, *options);
+  SetHelp(command,
+          {{"run --data-dir try", "clean all databases"},
+           {"run --data-dir try --database HealthLog --json", "one of them, for a program"},
+           {"run --data-dir try --max-loss 50", "nothing at all, if a table would lose more than half of its rows"},
+           {"run --data-dir try --keep-going --quiet", "for a nightly job: tells of failures only"}},
+          Notes() + kExitCodeNote);
   return AddTo(command, options);
 }
 
@@ -281,6 +301,11 @@ Action AddPlan(CLI::App& app) {
   const auto options = std::make_shared<RunOptions>();
   options->dry_run = true;
   AddWhatToClean(command, *options);
+  SetHelp(command,
+          {{"plan --data-dir try", "what a run would delete now"},
+           {"plan --data-dir try --database HealthLog", "from one database"},
+           {"plan --data-dir try --exit-code --quiet", "for scripts: exit code 3 when something would go"}},
+          kPlanNote + Notes() + kExitCodeNote);
   return AddTo(command, options);
 }
 

@@ -1,11 +1,15 @@
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "common/text.h"
 #include "host/cli/commands.h"
 #include "host/cli/words/common_options.h"
+#include "host/cli/words/help_text.h"
 #include "host/cli/words/option_values.h"
 #include "host/facts/directory_state.h"
 #include "host/platform/platform.h"
@@ -26,18 +30,14 @@ struct StatusOptions {
 };
 
 constexpr const char* kFooter =
-    "Examples:\n"
-    "  corvo-telemetry-host status --data-dir ./data\n"
-    "  corvo-telemetry-host status --data-dir ./data --all --database HealthLog\n"
-    "  corvo-telemetry-host status --check > /dev/null || echo \"look at it\"\n"
-    "\n"
-    "FULL IN: days until the row limit trims the table; OF LIMIT: rows, or days, of those that it may have;\n"
-    "ENGINE: the size that the size limit goes by, where it is another than the file's.\n"
+    "OF LIMIT: rows, or days, of those that it may have; A DAY: rows that come in; FULL IN: days until the row limit "
+    "trims the table; ENGINE: the size that the size limit goes by, where it is another than the file's.\n"
     "\n"
     "Reads only: it works while collectors write, and in a directory that must not be written.\n"
-    "With --check exit code 3: a database or table is over its limit (by age: for more than a day),\n"
-    "holds rows that can never expire, or cannot be read or cleaned.\n"
-    "\n";
+    "\n"
+    "With --check exit code 3: a database or table is over its limit (by age: for more than a day), holds rows that "
+    "can never expire, or cannot be read or cleaned. A directory without databases has nothing over a limit: exit code "
+    "0, and standard error says that nothing was checked.\n";
 
 DirectoryState ReadState(const StatusOptions& options) {
   const DataDirectory directory = RequireDataDirectory(options.data_dir);
@@ -61,6 +61,14 @@ ExitCode ExitCodeOf(const DirectoryState& state, bool check) {
   return std::any_of(state.databases.begin(), state.databases.end(), &IsUnread) ? kPassFailed : kDone;
 }
 
+/// A script that checks a wrong directory is to hear of it, although nothing there is over a limit.
+void TellOfNothingToCheck(const DirectoryState& state) {
+  if (std::all_of(state.databases.begin(), state.databases.end(),
+                  [](const DatabaseState& database) { return database.missing; })) {
+    Tell(fmt::format("nothing was checked: {} holds none of the databases", common::Utf8(state.directory)));
+  }
+}
+
 ExitCode Show(const StatusOptions& options, bool json) {
   // What a run would delete holds only where it can be run.
   if (const std::string hint = MissingLocaleHint(); !hint.empty()) {
@@ -71,6 +79,9 @@ ExitCode Show(const StatusOptions& options, bool json) {
                         .colour = UsesColour(stdout),
                         .blocks = ShowsBlocks(stdout)};
   Print(json ? StatusDocument(state) : StatusText(state, options.all, display));
+  if (options.check) {
+    TellOfNothingToCheck(state);
+  }
   return ExitCodeOf(state, options.check);
 }
 
@@ -85,7 +96,11 @@ Action AddStatus(CLI::App& app) {
   command.add_flag("--all", options->all, "Show every table, not only those that matter most");
   command.add_flag("--check", options->check, "End with code 3 when something is over its limit or cannot be cleaned");
   AddBounds(command, options->bounds);
-  command.footer(std::string(kFooter) + kExitCodes);
+  SetHelp(command,
+          {{"status --data-dir try", "each database, and the tables that matter most"},
+           {"status --data-dir try --all --database HealthLog", "every table of one database"},
+           {"status --data-dir try --check", "for scripts: exit code 3 when something needs attention"}},
+          kFooter);
   return [options](bool json) { return Show(*options, json); };
 }
 

@@ -11,9 +11,9 @@
 #include "host/facts/catalogue_view.h"
 #include "host/facts/file_problem.h"
 #include "host/facts/look.h"
+#include "host/pass/copy_folder.h"
 #include "host/pass/kept_options.h"
 #include "host/platform/platform.h"
-#include "host/platform/private_directory.h"
 #include "host/show/failure.h"
 #include "host/show/progress.h"
 #include "host/show/units.h"
@@ -238,10 +238,10 @@ void Complete(RunReport& report, const std::vector<Original>& originals, const C
   report.databases = std::move(all);
 }
 
-PrivateDirectory MakePlace(const fs::path& place) {
+CopyFolder MakePlace(const fs::path& place) {
   try {
-    return PrivateDirectory(place);
-  } catch (const std::system_error& failure) {
+    return CopyFolder(place);
+  } catch (const std::runtime_error& failure) {
     throw CommandFailure(kPassFailed, fmt::format("cannot plan: {}; name another place with the environment variable "
                                                   "SQLITE_TMPDIR",
                                                   failure.what()));
@@ -254,8 +254,9 @@ RunReport Plan(shared::plugin::IDynamicPluginModule& module, const DirectoryRun&
   const CatalogueView catalogue = ReadCatalogue();
   std::vector<Original> originals = FindOriginals(run, catalogue);
   const fs::path temporary = SqliteTemporaryDirectory();
+  RemoveAbandonedCopies(temporary);
   RequireRoom(originals, temporary);
-  const PrivateDirectory place = MakePlace(temporary);
+  const CopyFolder place = MakePlace(temporary);
   CopyAll(originals, place.Path(), run.show_progress);
   ShowStrayFiles(catalogue, run.directory, place.Path());
 

@@ -39,6 +39,10 @@ class InstanceLock {
                                                         std::chrono::milliseconds limit,
                                                         const std::function<bool()>& stop, std::string& holder);
 
+  /// Who has the lock, as its file tells, for people; empty when nobody seems to. Locks and changes nothing, so it can
+  /// be too late to tell.
+  [[nodiscard]] static std::string WhoHolds(const std::filesystem::path& directory);
+
   InstanceLock(InstanceLock&&) = default;
   InstanceLock& operator=(InstanceLock&&) = default;
 

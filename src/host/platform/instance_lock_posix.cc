@@ -93,17 +93,17 @@ void Sign(const Descriptor& file) {
   static_cast<void>(ftruncate(file.Number(), 0) == 0 && pwrite(file.Number(), text.data(), text.size(), 0) > 0);
 }
 
-// The signature of a killed run stands until the next one has signed.
-std::string Holder(const Descriptor& file) {
+// Empty when no living process has signed: the signature of a killed run stands until the next one has signed.
+std::string Signer(const Descriptor& file) {
   std::array<char, 100> content{};
   const ssize_t size = pread(file.Number(), content.data(), content.size() - 1, 0);
   const std::string_view text(content.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
   if (!text.starts_with(kSignature)) {
-    return "another process";
+    return {};
   }
   const long process = std::strtol(content.data() + kSignature.size(), nullptr, 10);
   const bool lives = process > 0 && (kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM);
-  return lives ? std::string(text.substr(0, text.find('\n'))) : "another process";
+  return lives ? std::string(text.substr(0, text.find('\n'))) : std::string();
 }
 
 }  // namespace
@@ -141,13 +141,22 @@ std::optional<InstanceLock> InstanceLock::TryTake(const fs::path& directory, std
       continue;  // It was removed by its holder's end after it was opened here: a lock on it keeps nobody out.
     }
     if (!locked) {
-      holder = Holder(file);
+      const std::string signer = Signer(file);
+      holder = signer.empty() ? "another process" : signer;
       return std::nullopt;
     }
     Sign(file);
     return InstanceLock(std::make_shared<File>(std::move(folder), std::move(file)));
   }
   Fail(name, "it is replaced again and again");
+}
+
+std::string InstanceLock::WhoHolds(const fs::path& directory) {
+  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  const Descriptor file(open((directory / kFileName).c_str(), kFlags));
+  struct stat status {};
+  const bool is_file = file.Number() >= 0 && fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode);
+  return is_file ? Signer(file) : std::string();
 }
 
 }  // namespace corvo::telemetry::host

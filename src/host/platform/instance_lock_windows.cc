@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <array>
+#include <cstdlib>
 #include <ctime>
 #include <stdexcept>
 #include <string_view>
@@ -75,14 +76,15 @@ void Sign(const Handle& file) {
   }
 }
 
-std::string Holder(const fs::path& name) {
+// Empty when there is no signature, be it of a run that was killed.
+std::string Signature(const fs::path& name) {
   const Handle file(CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                 nullptr, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
   std::array<char, 100> content{};
   DWORD size = 0;
   const bool read = file.IsOpen() && ReadFile(file.Get(), content.data(), content.size(), &size, nullptr) != 0;
   const std::string_view text(content.data(), read ? size : 0);
-  return text.starts_with(kSignature) ? std::string(text.substr(0, text.find('\n'))) : "another process";
+  return text.starts_with(kSignature) ? std::string(text.substr(0, text.find('\n'))) : std::string();
 }
 
 }  // namespace
@@ -114,7 +116,8 @@ std::optional<InstanceLock> InstanceLock::TryTake(const fs::path& directory, std
     }
     error = GetLastError();
     if (error == ERROR_SHARING_VIOLATION) {
-      holder = Holder(name);
+      const std::string signature = Signature(name);
+      holder = signature.empty() ? "another process" : signature;
       return std::nullopt;
     }
     if (error != ERROR_ACCESS_DENIED) {
@@ -123,6 +126,17 @@ std::optional<InstanceLock> InstanceLock::TryTake(const fs::path& directory, std
     Sleep(kPauseMilliseconds);  // So it is also while the file is being removed and somebody still reads it.
   }
   FailWith(name, error);
+}
+
+std::string InstanceLock::WhoHolds(const fs::path& directory) {
+  const std::string signature = Signature(directory / kFileName);
+  const unsigned long number = signature.empty() ? 0 : std::strtoul(signature.c_str() + kSignature.size(), nullptr, 10);
+  HANDLE process = number == 0 ? nullptr : OpenProcess(SYNCHRONIZE, FALSE, number);
+  if (process == nullptr) {
+    return {};
+  }
+  const Handle closed_at_the_end(process);
+  return WaitForSingleObject(process, 0) == WAIT_TIMEOUT ? signature : std::string();
 }
 
 }  // namespace corvo::telemetry::host

@@ -33,8 +33,8 @@ void PrepareProcess();
 /// From now on no stream is coloured.
 void NeverUseColour() noexcept;
 
-/// Whether whoever reads the stream can be expected to show the block elements of Unicode, such as U+258F: by the
-/// environment's character set, and a terminal that is no "dumb" one.
+/// Whether whoever reads the stream can be expected to show more of Unicode than ASCII, such as U+258F or U+2026: by
+/// the environment's character set, and a terminal that is no "dumb" one.
 [[nodiscard]] bool ShowsBlocks(std::FILE* stream);
 
 /// One line on the named locale that a pass needs and this machine lacks, with the command that installs it; empty when

@@ -7,6 +7,9 @@ namespace corvo::telemetry::host {
 /// A directory for temporary files that nobody else may enter; it goes with the object, and with it all that is in it.
 class PrivateDirectory {
  public:
+  /// What its name begins with.
+  static constexpr const char* kPrefix = "corvo-telemetry-";
+
   /// Makes one of a name that nobody can know beforehand.
   ///
   /// @param place the directory to make it in.

@@ -10,7 +10,7 @@ namespace corvo::telemetry::host {
 
 // By a call of POSIX: it makes a directory of a random name with rights for its owner alone.
 PrivateDirectory::PrivateDirectory(const std::filesystem::path& place) {
-  std::string name = std::filesystem::absolute(place / "corvo-telemetry-XXXXXX").string();
+  std::string name = std::filesystem::absolute(place / (std::string(kPrefix) + "XXXXXX")).string();
   if (mkdtemp(name.data()) == nullptr) {
     throw std::system_error(errno, std::generic_category(), "cannot make a directory in " + place.string());
   }

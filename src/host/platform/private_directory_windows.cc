@@ -39,7 +39,7 @@ class OwnersOnly {
 PrivateDirectory::PrivateDirectory(const std::filesystem::path& place) {
   std::random_device random;
   const std::filesystem::path path =
-      std::filesystem::absolute(place / fmt::format("corvo-telemetry-{:08x}{:08x}", random(), random()));
+      std::filesystem::absolute(place / fmt::format("{}{:08x}{:08x}", kPrefix, random(), random()));
   const OwnersOnly rights;
   SECURITY_ATTRIBUTES attributes = rights.Attributes();
   if (CreateDirectoryW(path.c_str(), &attributes) == 0) {

@@ -23,29 +23,24 @@ const std::array<Kind, 10>& Kinds() {
       {shared::IsCannotOpen,
        "Check that the file and those beside it are ordinary files, and that this user may read and write them."},
       {shared::IsRefused,
-       "The file's schema holds something that no collector makes; the file stays as it is. Find out who put it "
-       "there.\n"
-       "To do without the file, stop its collector, keep a copy and move it away with its -journal, -wal and -shm: "
-       "its\n"
+       "The file's schema holds something that no collector makes; the file stays as it is. Find out who put it there. "
+       "To do without the file, stop its collector, keep a copy and move it away with its -journal, -wal and -shm: its "
        "collector makes a new one."},
       {shared::IsDamaged,
        "The file is damaged and stays as it is. Stop its collector. Keep a copy of it with its -journal, -wal and "
-       "-shm; the\n"
-       "rows that can still be read come out of the copy as SQL with sqlite3 COPY .recover. Then move it away with "
-       "them: its\n"
-       "collector makes a new one."},
+       "-shm; the rows that can still be read come out of the copy as SQL with sqlite3 COPY .recover. Then move it "
+       "away with them: its collector makes a new one."},
       {shared::IsFull, "Free some space on the disk: compacting needs room for a copy of the database."},
       {shared::IsIoError,
        "Check the disk and free some space on it: compacting needs room for a copy of the database."},
       {shared::IsInterrupted,
        "A statement took longer than --time-limit allows and was rolled back: allow it more seconds (0: any number)."},
       {shared::IsOutOfMemory,
-       "A statement needed more memory than --memory-limit or the machine allows and was rolled back: allow more MB\n"
+       "A statement needed more memory than --memory-limit or the machine allows and was rolled back: allow more MB "
        "(0: any number) if you trust the file."},
       {shared::IsTooBig,
        "The file holds a row, an index entry or a text of its schema that is larger than this program works on; it "
-       "stays as\n"
-       "it is. Find out who wrote it (--log-level debug shows the statement that met it)."},
+       "stays as it is. Find out who wrote it (--log-level debug shows the statement that met it)."},
   }};
   return kinds;
 }

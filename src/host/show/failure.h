@@ -22,9 +22,9 @@ enum ExitCode : int {
 
 /// The codes, for the end of a help text.
 inline constexpr const char* kExitCodes =
-    "Exit codes: 0 done, or nothing to do; 1 something was not done; 2 wrong usage; 3 something was found;\n"
-    "10 no data directory, or none that can be used; 11 another run is at work there; 12 module not loadable;\n"
-    "130 / 143 interrupted.";
+    "Exit codes: 0 done, or nothing to do; 1 something was not done; 2 wrong usage;\n"
+    "3 something was found; 10 no data directory, or none that can be used;\n"
+    "11 another run is at work there; 12 module not loadable; 130 / 143 interrupted.";
 
 /// The exit code of a program that a signal, 2 or 15, has ended early.
 [[nodiscard]] constexpr ExitCode InterruptedBy(int signal) { return signal == 2 ? kInterrupted : kTerminated; }
@@ -43,8 +43,8 @@ class CommandFailure : public std::runtime_error {
   ExitCode exit_code_;
 };
 
-/// Reports a failure: one line on standard error, and with `json` the document of a run that cleaned nothing on
-/// standard output.
+/// Reports a failure: one line on standard error, and with `json` the document of a failure on standard
+/// output.
 void ReportFailure(const common::Error& error, bool json);
 
 }  // namespace corvo::telemetry::host

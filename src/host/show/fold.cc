@@ -1,24 +1,37 @@
 #include "host/show/fold.h"
 
-#include <sstream>
+#include <algorithm>
 
 #include "host/show/text_table.h"
 
 namespace corvo::telemetry::host {
 
-std::vector<std::string> Folded(const std::string& text, std::size_t width) {
+std::vector<std::string> Folded(const std::string& text, std::size_t width, std::size_t hang) {
   std::vector<std::string> lines;
-  std::istringstream words(text);
   std::string line;
-  for (std::string word; words >> word;) {
-    if (!line.empty() && TextWidth(line) + 1 + TextWidth(word) > width) {
+  bool empty = true;
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(text.find_first_of(" \n", begin), text.size());
+    const std::string word = text.substr(begin, end - begin);
+    if (!empty && TextWidth(line) + 1 + TextWidth(word) > width) {
       lines.push_back(line);
-      line = " ";
+      line.assign(hang, ' ');
+      empty = true;
     }
-    line += (line.empty() ? "" : " ") + word;
+    line += (empty ? "" : " ") + word;
+    empty = empty && word.empty();
+    begin = end + 1;
   }
   lines.push_back(line);
   return lines;
+}
+
+std::string Indented(const std::string& text, std::size_t margin, std::size_t width) {
+  std::string indented;
+  for (const std::string& line : Folded(text, width - std::min(width, margin))) {
+    indented += std::string(margin, ' ') + line + "\n";
+  }
+  return indented;
 }
 
 }  // namespace corvo::telemetry::host

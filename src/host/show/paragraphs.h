@@ -6,13 +6,6 @@
 
 namespace corvo::telemetry::host {
 
-/// The text in lines that are at most as wide as `width` says, where its words are that short, each behind a margin of
-/// blanks and with a line feed at its end. Characters are counted, not bytes.
-///
-/// @param text words with blanks between them, on one line.
-/// @param width in columns, the margin included.
-[[nodiscard]] std::string Indented(const std::string& text, std::size_t margin, std::size_t width);
-
 /// Text in paragraphs behind their headings, which stand in a column of their own at the left.
 class Paragraphs {
  public:

@@ -76,13 +76,14 @@ CLI::Option& AddText(CLI::App& command, const OptionText& text, std::string& val
 CLI::Option& AddChoice(CLI::App& command, const OptionText& text, std::string& value,
                        const std::vector<std::string>& choices) {
   const std::string option = text.name;
-  return AddOption(command, text, [&value, option, choices](const std::string& word) {
+  CLI::Option& added = AddOption(command, text, [&value, option, choices](const std::string& word) {
     if (std::find(choices.begin(), choices.end(), word) == choices.end()) {
       WrongUsage(fmt::format("{} must be one of {}, not \"{}\"{}", option, fmt::join(choices, ", "), Shown(word),
                              DidYouMean(word, choices)));
     }
     value = word;
   });
+  return value.empty() ? added : *added.description(fmt::format("{}; {} when not given", text.description, value));
 }
 
 CLI::Option& AddDatabases(CLI::App& command, const OptionText& text, std::vector<std::string>& values) {
@@ -106,8 +107,9 @@ CLI::Option& AddNumber(CLI::App& command, const OptionText& text, Number& value,
   CLI::Option& added = AddOption(command, text, [&value, option, lowest, highest](const std::string& word) {
     value = ReadNumber(option, word, lowest, highest);
   });
-  added.description(fmt::format("{} (from {} to {})", text.description, lowest, highest));
-  return value >= lowest && value <= highest ? *added.default_str(fmt::format("{}", value)) : added;
+  const bool has_default = value >= lowest && value <= highest;
+  return *added.description(fmt::format("{} (from {} to {}{})", text.description, lowest, highest,
+                                        has_default ? fmt::format("; {} when not given", value) : ""));
 }
 
 CLI::Option& AddNumber(CLI::App& command, const OptionText& text, std::optional<double>& value, double lowest,

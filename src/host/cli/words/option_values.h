@@ -21,7 +21,7 @@ struct OptionText {
 /// An option that takes any text.
 CLI::Option& AddText(CLI::App& command, const OptionText& text, std::string& value);
 
-/// An option that takes one of the choices.
+/// An option that takes one of the choices. A default is shown.
 CLI::Option& AddChoice(CLI::App& command, const OptionText& text, std::string& value,
                        const std::vector<std::string>& choices);
 

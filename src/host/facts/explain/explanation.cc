@@ -66,6 +66,7 @@ void TakeOver(const DatabaseState& state, Explanation& explanation) {
     throw CannotExplain(state.path, {Problem::Kind::kUnfit, table->problem, table->record});
   }
   explanation.table = *table;
+  explanation.file_bytes = state.file_bytes;
   explanation.engine_mb = state.engine_mb;
   explanation.left_alone = ProblemOfAny(state.tables);
   if (!explanation.left_alone.empty()) {
@@ -85,8 +86,8 @@ std::string NoSuchRow(TelemetryStorage& storage, const Explanation& explanation,
                        : fmt::format("{} has no row with the rowid {}; it is empty", table, rowid);
 }
 
-TableRow RequireRow(TelemetryStorage& storage, const Explanation& explanation, const TableCheck& check,
-                    std::int64_t rowid) {
+std::optional<TableRow> RowOf(TelemetryStorage& storage, const Explanation& explanation, const TableCheck& check,
+                              std::int64_t rowid) {
   const ContractView& contract = explanation.contract;
   if (!check.has_rowids) {
     throw CannotExplain(contract.table + " has no rowids");
@@ -97,10 +98,7 @@ TableRow RequireRow(TelemetryStorage& storage, const Explanation& explanation, c
   }
   std::optional<TableRow> row;
   Require(FindRow(storage, request, row), explanation.path);
-  if (!row) {
-    throw CannotExplain(NoSuchRow(storage, explanation, rowid));
-  }
-  return *row;
+  return row;
 }
 
 RowExplanation ExplainRow(const Explanation& explanation, const TableRow& row) {
@@ -136,7 +134,11 @@ void LookCloser(Explanation& explanation, const std::vector<std::int64_t>& rowid
     Require(AskWhetherRowidsMayChange(storage, contract.table, explanation.rowids_may_change), explanation.path);
   }
   for (const std::int64_t rowid : rowids) {
-    explanation.rows.push_back(ExplainRow(explanation, RequireRow(storage, explanation, check, rowid)));
+    if (const std::optional<TableRow> row = RowOf(storage, explanation, check, rowid)) {
+      explanation.rows.push_back(ExplainRow(explanation, *row));
+    } else {
+      explanation.missing_rows.push_back({rowid, NoSuchRow(storage, explanation, rowid)});
+    }
   }
 }
 

@@ -22,6 +22,12 @@ struct RowExplanation {
   std::optional<double> days_until_limit = {};        ///< the same at today's rate; none: not foreseeable
 };
 
+/// A row that was asked for and is not there.
+struct MissingRow {
+  std::int64_t rowid = 0;
+  std::string text;  ///< what there is instead, for people
+};
+
 /// A table, its limits, and what they do to it.
 struct Explanation {
   ContractView contract;
@@ -31,12 +37,14 @@ struct Explanation {
   std::string left_alone =
       {};                     ///< why a run leaves the whole database alone, whatever its rows; empty when it does not
   bool missing_file = false;  ///< then of the table nothing is known, and nothing is wrong
+  std::int64_t file_bytes = 0;  ///< size of the database's file
   std::uint32_t engine_mb = 0;  ///< size of the database as the engine measures it
   double trim_factor = 0;       ///< share of its rows that the table would lose to the size limit now; 0: none
   TableState table = {};
   Reach reach = {};
-  bool rowids_may_change = false;         ///< compaction may renumber its rows: none of its columns is the rowid
-  std::vector<RowExplanation> rows = {};  ///< those that were asked for, in that order
+  bool rowids_may_change = false;             ///< compaction may renumber its rows: none of its columns is the rowid
+  std::vector<RowExplanation> rows = {};      ///< those that were asked for and are there, in that order
+  std::vector<MissingRow> missing_rows = {};  ///< the others
 };
 
 /// Why there is no explanation.
@@ -57,7 +65,7 @@ class CannotExplain : public std::runtime_error {
 ///
 /// @param rowids of rows to explain, too; none for the table alone.
 /// @throws CannotExplain naming the table or the file, and the reason, when it cannot be read, when the rules would
-///         misread the table, or when there is no such row.
+///         misread the table, or when rows of a table are asked for that does not exist.
 [[nodiscard]] Explanation Explain(const std::filesystem::path& directory, const std::string& table,
                                   const std::vector<std::int64_t>& rowids, std::int64_t now);
 

@@ -77,6 +77,10 @@ std::string ExplainDocument(const Explanation& explanation) {
   for (const RowExplanation& row : explanation.rows) {
     rows.push_back(RowJson(row));
   }
+  Json missing_rows = Json::array();
+  for (const MissingRow& row : explanation.missing_rows) {
+    missing_rows.push_back(row.rowid);
+  }
   return JsonText({{"schema_version", 1},
                    {"kind", "explain"},
                    {"now", TimeText(explanation.now)},
@@ -94,7 +98,8 @@ std::string ExplainDocument(const Explanation& explanation) {
                      {"size_limit", next.size_limit},
                      {"trim_factor", explanation.trim_factor},
                      {"left_alone", TextOrNull(explanation.left_alone)}}},
-                   {"rows", rows}}) +
+                   {"rows", rows},
+                   {"missing_rows", missing_rows}}) +
          "\n";
 }
 

@@ -78,7 +78,8 @@ std::vector<std::string> NowText(const Explanation& explanation) {
     lines.push_back(fmt::format("{} can never expire: SQLite reads no moment from the time", Counted(never, "row")));
   }
   if (explanation.database.max_size_mb != 0) {
-    lines.push_back(fmt::format("the whole database is {} MB, as the engine measures it", explanation.engine_mb));
+    lines.push_back(fmt::format("the size limit sees the whole database as {} MB, in whole MB; its file has {}",
+                                explanation.engine_mb, HumanBytes(explanation.file_bytes)));
   }
   return lines;
 }

@@ -2,8 +2,8 @@
 
 #include <fmt/core.h>
 
+#include "host/show/fold.h"
 #include "host/show/json_text.h"
-#include "host/show/paragraphs.h"
 #include "host/show/text_table.h"
 #include "host/show/units.h"
 

@@ -70,28 +70,28 @@ std::size_t DisplayWidth(const std::string& text) {
   return width;
 }
 
-std::string CutToWidth(const std::string& text, std::size_t width) {
+std::string CutToWidth(const std::string& text, std::size_t width, const std::string& cut) {
   std::string kept;
   std::size_t used = 0;
   if (DisplayWidth(text) <= width) {
     return text;
   }
   ForEachCharacter(text, [&](std::string_view character, std::size_t columns) {
-    if (used + columns + 1 > width) {
+    if (used + columns + DisplayWidth(cut) > width) {
       return false;
     }
     used += columns;
     kept += character;
     return true;
   });
-  return kept + "…";
+  return kept + cut;
 }
 
-RowTable::RowTable(const std::vector<std::string>& columns, int width)
-    : width_(std::max(static_cast<std::size_t>(std::max(width, 0)), kNarrowest)) {
+RowTable::RowTable(const std::vector<std::string>& columns, int width, bool unicode)
+    : width_(std::max(static_cast<std::size_t>(std::max(width, 0)), kNarrowest)), cut_(unicode ? "…" : "...") {
   std::vector<std::string>& head = lines_.emplace_back();
   for (const std::string& name : columns) {
-    head.push_back(CutToWidth(Printable(name), width_));
+    head.push_back(CutToWidth(Printable(name), width_, cut_));
     columns_.push_back({.width = DisplayWidth(head.back())});
   }
 }
@@ -99,7 +99,7 @@ RowTable::RowTable(const std::vector<std::string>& columns, int width)
 void RowTable::Add(const Cells& row) {
   std::vector<std::string>& line = lines_.emplace_back();
   for (std::size_t at = 0; at < row.size(); ++at) {
-    line.push_back(CutToWidth(Printable(CellText(row[at])), width_));
+    line.push_back(CutToWidth(Printable(CellText(row[at])), width_, cut_));
     Column& column = columns_.at(at);
     column.width = std::max(column.width, DisplayWidth(line.back()));
     column.numbers = column.numbers && row[at].type != Cell::Type::kText && row[at].type != Cell::Type::kBlob;
@@ -132,7 +132,7 @@ std::vector<std::size_t> RowTable::Widths() const {
 std::string RowTable::Line(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths) const {
   std::string line;
   for (std::size_t at = 0; at < widths.size(); ++at) {
-    const std::string text = CutToWidth(cells[at], widths[at]);
+    const std::string text = CutToWidth(cells[at], widths[at], cut_);
     const std::string blanks(widths[at] - DisplayWidth(text), ' ');
     line += std::string(at == 0 ? 0 : kGap, ' ') + (columns_[at].numbers ? blanks + text : text + blanks);
   }
@@ -148,7 +148,7 @@ std::string RowTable::LeftOut(std::size_t shown) const {
                                        lines_.front().end());
   const std::string note = fmt::format("{} left out: {}", Counted(static_cast<std::int64_t>(names.size()), "column"),
                                        fmt::join(names, ", "));
-  return "\n" + CutToWidth(note, width_) + "\n--format jsonl or csv shows all.\n";
+  return "\n" + CutToWidth(note, width_, cut_) + "\n--format jsonl or csv shows all.\n";
 }
 
 std::string RowTable::Text(bool colour) const {

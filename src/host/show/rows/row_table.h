@@ -13,7 +13,8 @@ namespace corvo::telemetry::host {
 class RowTable {
  public:
   /// @param width in columns of the terminal; 20 at least counts.
-  RowTable(const std::vector<std::string>& columns, int width);
+  /// @param unicode whether whoever reads the table can be expected to show "…".
+  RowTable(const std::vector<std::string>& columns, int width, bool unicode);
 
   void Add(const Cells& row);
 
@@ -35,6 +36,7 @@ class RowTable {
   [[nodiscard]] std::string LeftOut(std::size_t shown) const;
 
   std::size_t width_;
+  std::string cut_;  ///< what stands for the rest of a value
   std::vector<Column> columns_;
   std::vector<std::vector<std::string>> lines_;  ///< the head first
 };
@@ -42,7 +44,8 @@ class RowTable {
 /// How many columns of a terminal a printable text takes.
 [[nodiscard]] std::size_t DisplayWidth(const std::string& text);
 
-/// The text, or the beginning of it with "…" behind it, in no more than `width` columns of a terminal.
-[[nodiscard]] std::string CutToWidth(const std::string& text, std::size_t width);
+/// The text, or the beginning of it with `cut` behind it, in no more than `width` columns of a terminal, which are at
+/// least as many as `cut` takes.
+[[nodiscard]] std::string CutToWidth(const std::string& text, std::size_t width, const std::string& cut);
 
 }  // namespace corvo::telemetry::host

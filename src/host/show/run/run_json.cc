@@ -123,6 +123,10 @@ std::string RunDocument(const RunReport& report) {
   return JsonText(document) + "\n";
 }
 
-std::string RunDocument(const common::Error& error) { return JsonText(EmptyDocument(error)) + "\n"; }
+std::string RunDocument(const common::Error& error) {
+  Json document = EmptyDocument(error);
+  document["kind"] = "failure";
+  return JsonText(document) + "\n";
+}
 
 }  // namespace corvo::telemetry::host

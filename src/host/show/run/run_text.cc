@@ -7,6 +7,7 @@
 
 #include "common/text.h"
 #include "host/show/advice.h"
+#include "host/show/fold.h"
 #include "host/show/json_text.h"
 #include "host/show/run/run_table.h"
 #include "host/show/units.h"
@@ -30,18 +31,18 @@ std::string Coloured(const std::string& text, fmt::terminal_color colour, bool u
 }
 
 /// Databases whose compaction the options left out, with the reason.
-std::string CompactionNotes(const RunReport& report) {
+std::string CompactionNotes(const RunReport& report, std::size_t width) {
   std::vector<std::string> parts;
   for (const DatabaseReport& database : report.databases) {
     if (database.not_compacted && !database.problem) {
       parts.push_back(fmt::format("{} ({})", database.name, database.not_compacted->reason));
     }
   }
-  return parts.empty() ? "" : fmt::format("Not compacted: {}\n", fmt::join(parts, ", "));
+  return parts.empty() ? "" : Indented(fmt::format("Not compacted: {}", fmt::join(parts, ", ")), 0, width);
 }
 
 /// What is to be known of tables: those that are missing, and those that lost most of their rows.
-std::string TableNotes(const RunReport& report) {
+std::string TableNotes(const RunReport& report, std::size_t width) {
   std::vector<std::string> missing;
   bool lost_most = false;
   for (const DatabaseReport& database : report.databases) {
@@ -52,8 +53,9 @@ std::string TableNotes(const RunReport& report) {
       }
     }
   }
-  return (missing.empty() ? "" : fmt::format("Not there, which is no failure: {}\n", fmt::join(missing, ", "))) +
-         (lost_most ? "LOST: the share of its rows that a table lost, where it is more than half\n" : "");
+  const std::string names = fmt::format("Tables that are not there, which is no failure: {}", fmt::join(missing, ", "));
+  return (missing.empty() ? "" : Indented(names, 0, width)) +
+         (lost_most ? "LOST: the share of a table's rows that the rules take, where it is over half\n" : "");
 }
 
 std::string PassFailure(const PassOutcome& pass, bool colour) {
@@ -91,19 +93,22 @@ std::vector<std::string> AdviceLines(const RunReport& report) {
   return lines;
 }
 
-/// What failed, and what to do.
-std::vector<std::string> FailureLines(const RunReport& report, bool colour) {
+/// The passes that failed, without those that the user ended.
+std::vector<std::string> PassFailures(const RunReport& report, bool colour) {
   std::vector<std::string> lines;
   for (const PassOutcome& pass : report.passes) {
     if (pass.result.Failed() && report.signal == 0) {
       lines.push_back(PassFailure(pass, colour));
     }
   }
-  const std::vector<std::string> advice = AdviceLines(report);
-  if (advice.empty() && !lines.empty()) {
+  return lines;
+}
+
+std::vector<std::string> WhatToDo(const RunReport& report) {
+  std::vector<std::string> lines = AdviceLines(report);
+  if (lines.empty() && !PassFailures(report, false).empty()) {
     lines.push_back(Advice(report.Result()));
   }
-  lines.insert(lines.end(), advice.begin(), advice.end());
   return lines;
 }
 
@@ -159,14 +164,19 @@ std::string RunText(const RunReport& report, bool colour, int width) {
                        report.narrowed ? "databases that were named" : "catalogue's databases");
   }
   const Sums total = SumUp(report);
+  constexpr int kUsualWidth = 80;
+  const auto folded = static_cast<std::size_t>(width == 0 ? kUsualWidth : std::max(width, 20));
   std::string failures;
-  for (const std::string& line : FailureLines(report, colour)) {
+  for (const std::string& line : PassFailures(report, colour)) {
     failures += line + "\n";
+  }
+  for (const std::string& line : WhatToDo(report)) {
+    failures += Indented(line, 0, folded);
   }
   const std::string table = report.databases.empty() ? "" : RunTable(report, colour, width);
   return fmt::format("{} ({}){}\n\n", Printable(common::Utf8(report.directory)), report.directory_source,
                      report.planned ? ", planned on copies: nothing there was changed" : "") +
-         table + PassLines(report) + TableNotes(report) + CompactionNotes(report) + failures +
+         table + PassLines(report) + TableNotes(report, folded) + CompactionNotes(report, folded) + failures +
          (AllIsWell(report)
               ? Coloured(Outcome(report) + ": " + Figures(report, total), fmt::terminal_color::green, colour)
               : Coloured(Outcome(report), fmt::terminal_color::red, colour) + "\n" + Figures(report, total)) +
@@ -174,7 +184,9 @@ std::string RunText(const RunReport& report, bool colour, int width) {
 }
 
 std::vector<std::string> Failures(const RunReport& report) {
-  std::vector<std::string> lines = FailureLines(report, false);
+  std::vector<std::string> lines = PassFailures(report, false);
+  const std::vector<std::string> what_to_do = WhatToDo(report);
+  lines.insert(lines.end(), what_to_do.begin(), what_to_do.end());
   lines.push_back(Outcome(report));
   return lines;
 }

@@ -16,6 +16,8 @@ namespace {
 using Tables = std::vector<const TableState*>;
 
 constexpr const char* kAllIsWell = "All is within its limits.";
+constexpr const char* kRunTakesItsPart =
+    "Nothing needs attention: a run takes rows when they expire, and from nine tenths of a row limit on.";
 
 /// The tables that are there, of databases that could be read.
 Tables TablesOf(const DirectoryState& state) {
@@ -55,7 +57,7 @@ std::vector<std::string> ProblemLines(const DirectoryState& state) {
     }
   }
   if (!missing.empty()) {
-    lines.push_back("Not there, which is no failure: " + Names(missing));
+    lines.push_back("Databases without a file, which is no failure: " + Names(missing));
   }
   return lines;
 }
@@ -76,13 +78,20 @@ std::vector<std::string> LogLines(const DirectoryState& state) {
   return lines;
 }
 
-std::vector<std::string> NextRunLines(const DirectoryState& state) {
+Deleted NextRun(const DirectoryState& state) {
   Deleted sum;
-  std::vector<std::string> lines;
   for (const DatabaseState& database : state.databases) {
     for (const TableState& table : database.tables) {
       sum.Add(table.next_pass);
     }
+  }
+  return sum;
+}
+
+std::vector<std::string> NextRunLines(const DirectoryState& state) {
+  const Deleted sum = NextRun(state);
+  std::vector<std::string> lines;
+  for (const DatabaseState& database : state.databases) {
     if (database.trim_factor > 0) {
       lines.push_back(fmt::format("{}: size limit reached, each table would lose {:.0f} % of its rows", database.name,
                                   std::min(database.trim_factor, 1.0) * 100));
@@ -100,7 +109,8 @@ std::int64_t HowMany(const Items& items, const Condition& condition) {
   return std::count_if(items.begin(), items.end(), condition);
 }
 
-std::string Verdict(const DirectoryState& state, const Tables& tables, bool all) {
+/// What needs attention.
+std::string Findings(const DirectoryState& state, const Tables& tables) {
   std::vector<std::string> parts;
   const auto tell = [&parts](std::int64_t count, const char* noun, const std::string& what) {
     if (count > 0) {
@@ -117,9 +127,16 @@ std::string Verdict(const DirectoryState& state, const Tables& tables, bool all)
   tell(HowMany(tables, over), "table", "over a limit");
   tell(HowMany(tables, holds), "table", "with rows that do not expire in time");
   tell(HowMany(tables, [](const TableState* table) { return !table->problem.empty(); }), "table", "not cleaned");
-  const std::string more =
-      all || tables.size() <= kMostTables ? "" : fmt::format("; --all shows all {} tables", tables.size());
-  return parts.empty() ? kAllIsWell : Names(parts) + more;
+  return Names(parts);
+}
+
+std::string Verdict(const DirectoryState& state, const Tables& tables, bool all) {
+  const std::string findings = Findings(state, tables);
+  if (findings.empty()) {
+    return NextRun(state).Sum() == 0 ? kAllIsWell : kRunTakesItsPart;
+  }
+  return all || tables.size() <= kMostTables ? findings
+                                             : fmt::format("{}; --all shows all {} tables", findings, tables.size());
 }
 
 /// Those that are over a limit, or come nearest to it, first.
@@ -137,7 +154,7 @@ std::vector<std::string> Notes(const DirectoryState& state, const Tables& tables
   std::vector<std::string> lines = all ? OddRowLinesByTable(tables, width) : OddRowLines(tables, width);
   for (const auto& texts : {ProblemLines(state), LogLines(state), NextRunLines(state)}) {
     for (const std::string& text : texts) {
-      const std::vector<std::string> folded = Folded(text, width);
+      const std::vector<std::string> folded = Folded(text, width, 2);
       lines.insert(lines.end(), folded.begin(), folded.end());
     }
   }
@@ -162,10 +179,11 @@ std::string StatusText(const DirectoryState& state, bool all, const Display& dis
   }
   const Tables tables = TablesOf(state);
   const std::vector<std::string> notes = Notes(state, tables, all, display.width);
-  const std::vector<std::string> verdict = Folded(Verdict(state, tables, all), display.width);
+  const std::vector<std::string> verdict = Folded(Verdict(state, tables, all), display.width, 2);
+  const bool well = Findings(state, tables).empty();
   constexpr std::size_t kFrame = 6;  // the directory, two heads, three blank lines
   const std::size_t room = RoomForTables(kFrame + present + notes.size() + verdict.size());
-  const Tone tone = verdict[0] == kAllIsWell ? Tone::kPlain : Tone::kWarning;
+  const Tone tone = well ? Tone::kPlain : Tone::kWarning;
   return where + "\n\n" + DatabaseTable(state, display) + "\n" +
          (tables.empty()
               ? ""

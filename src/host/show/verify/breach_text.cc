@@ -23,7 +23,7 @@ std::string Lost(const Breach& breach) {
   if (breach.all_gone) {
     return fmt::format("the {} is gone, with the {} that the run left", breach.table.empty() ? "file" : "table", rows);
   }
-  return breach.during_run ? fmt::format("{} went during the run that no rule named", rows)
+  return breach.during_run ? fmt::format("{} that no rule named went during the run", rows)
                            : fmt::format("{} of the {} that the run left {} gone since", WithSeparators(breach.number),
                                          Counted(breach.allowed, "row"), breach.number == 1 ? "has" : "have");
 }

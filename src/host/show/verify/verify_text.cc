@@ -10,6 +10,7 @@
 
 #include "common/text.h"
 #include "host/show/advice.h"
+#include "host/show/fold.h"
 #include "host/show/text_table.h"
 #include "host/show/time_text.h"
 #include "host/show/units.h"
@@ -40,10 +41,15 @@ std::int64_t NewRows(const DatabaseCheck& database) {
   return rows;
 }
 
+/// What no run has promised yet is not broken; damage is.
+bool IsNotYet(const DatabaseCheck& database, Promise promise) {
+  return !database.run && promise != Promise::kSound && database.outcomes.Of(promise) == Outcome::kBroken;
+}
+
 TableLine LineOf(const DatabaseCheck& database) {
   TableLine line{{database.name}, database.breaches.empty() ? Tone::kPlain : Tone::kWarning};
   for (const Promise promise : kPromises) {
-    line.cells.push_back(WordOf(database.outcomes.Of(promise)));
+    line.cells.push_back(IsNotYet(database, promise) ? "not yet" : WordOf(database.outcomes.Of(promise)));
   }
   if (const std::int64_t rows = NewRows(database); rows > 0) {
     line.cells.push_back(WithSeparators(rows));
@@ -78,18 +84,30 @@ std::string Basis(const Verification& verification) {
       runs.insert(database.run->start);
     }
   }
-  constexpr const char* kUnrecorded = "limits count from now, and what was lost cannot be told\n";
+  constexpr const char* kUnrecorded =
+      "what is beyond a limit now is what a run would take, and what was lost cannot be told\n";
   if (!verification.history_problem.empty()) {
     return fmt::format("The record of the runs cannot be read: {}\nSo {}", Printable(verification.history_problem),
                        kUnrecorded);
   }
   if (runs.empty()) {
-    return fmt::format("No run is recorded: {}", kUnrecorded);
+    return fmt::format("No run is recorded, so none has promised anything: {}", kUnrecorded);
   }
   const std::string text = runs.size() == 1 ? fmt::format("After the run of {}\n", TimeText(*runs.begin()))
                                             : fmt::format("After the last run of each, from {} to {}\n",
                                                           TimeText(*runs.begin()), TimeText(*runs.rbegin()));
   return unrecorded ? fmt::format("{}For some no run is recorded: {}", text, kUnrecorded) : text;
+}
+
+/// Each line for itself.
+std::string FoldedLines(const std::string& text, std::size_t width) {
+  std::string folded;
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    folded += Indented(text.substr(begin, end - begin), 0, width);
+    begin = end + 1;
+  }
+  return folded;
 }
 
 /// What breaks the promises of a database, and what kept them from being seen.
@@ -105,7 +123,7 @@ std::string Reasons(const DatabaseCheck& database, bool colour) {
 }
 
 /// What to do about files that are damaged or cannot be looked at; each advice once, with the databases it is for.
-std::string AdviceLines(const Verification& verification) {
+std::string AdviceLines(const Verification& verification, std::size_t width) {
   std::map<std::string, std::vector<std::string>> all;
   for (const DatabaseCheck& database : verification.databases) {
     if (database.problem) {
@@ -117,33 +135,58 @@ std::string AdviceLines(const Verification& verification) {
   all.erase("");
   std::string text;
   for (const auto& [advice, names] : all) {
-    text += fmt::format("{}: {}\n", fmt::join(names, ", "), advice);
+    text += Indented(fmt::format("{}: {}", fmt::join(names, ", "), advice), 0, width);
   }
   return text;
 }
 
-std::string Summary(const Verification& verification) {
-  std::int64_t breaches = 0;
-  std::int64_t broken = 0;
+/// Breaches, and the databases that have them.
+struct Breaches {
+  std::int64_t number = 0;
+  std::int64_t databases = 0;
+};
+
+Breaches BreachesOf(const Verification& verification, bool recorded) {
+  Breaches breaches;
+  for (const DatabaseCheck& database : verification.databases) {
+    if (database.run.has_value() == recorded && !database.breaches.empty()) {
+      breaches.number += static_cast<std::int64_t>(database.breaches.size());
+      ++breaches.databases;
+    }
+  }
+  return breaches;
+}
+
+std::string NothingBroken(const Verification& verification) {
   std::int64_t rows = 0;
   for (const DatabaseCheck& database : verification.databases) {
-    breaches += static_cast<std::int64_t>(database.breaches.size());
-    broken += database.breaches.empty() ? 0 : 1;
     rows += NewRows(database);
   }
-  const auto all = static_cast<std::int64_t>(verification.databases.size());
-  if (breaches > 0) {
-    return fmt::format("{} in {} of {}", Counted(breaches, "broken promise"), broken, Counted(all, "database"));
-  }
-  return fmt::format("{} in {}{}",
-                     verification.IsComplete() ? "No broken promise" : "No broken promise found, but not all was seen,",
-                     Counted(all, "database"),
+  return fmt::format("No broken promise in {}{}{}",
+                     Counted(static_cast<std::int64_t>(verification.databases.size()), "database"),
+                     verification.IsComplete() ? "" : ", but not all could be seen",
                      rows > 0 ? fmt::format("; {} came in since, which no limit counts", Counted(rows, "row")) : "");
+}
+
+std::string Summary(const Verification& verification) {
+  const auto all = static_cast<std::int64_t>(verification.databases.size());
+  const Breaches broken = BreachesOf(verification, true);
+  const Breaches found = BreachesOf(verification, false);
+  std::vector<std::string> parts;
+  if (broken.number > 0) {
+    parts.push_back(fmt::format("{} in {} of {}", Counted(broken.number, "broken promise"), broken.databases,
+                                Counted(all, "database")));
+  }
+  if (found.number > 0) {
+    parts.push_back(fmt::format("{} in {} of {}, with no run on record", Counted(found.number, "finding"),
+                                found.databases, Counted(all, "database")));
+  }
+  return parts.empty() ? NothingBroken(verification) : fmt::format("{}", fmt::join(parts, "; "));
 }
 
 }  // namespace
 
-std::string VerifyText(const Verification& verification, bool colour) {
+std::string VerifyText(const Verification& verification, std::size_t width, bool colour) {
   const std::string place =
       fmt::format("{} ({})", Printable(common::Utf8(verification.directory)), Printable(verification.directory_source));
   if (verification.databases.empty()) {
@@ -154,10 +197,11 @@ std::string VerifyText(const Verification& verification, bool colour) {
   for (const DatabaseCheck& database : verification.databases) {
     reasons += Reasons(database, colour);
   }
-  reasons += AdviceLines(verification);
+  reasons += AdviceLines(verification, width);
   const Tone tone = verification.AnythingBroken() ? Tone::kWarning : Tone::kStrong;
-  return fmt::format("{}\n{}\n{}\n{}{}{}\n", place, Basis(verification), Table(verification, colour), reasons,
-                     reasons.empty() ? "" : "\n", InTone(Summary(verification), tone, colour));
+  return fmt::format("{}\n{}\n{}\n{}{}{}\n", place, FoldedLines(Basis(verification), width),
+                     Table(verification, colour), reasons, reasons.empty() ? "" : "\n",
+                     InTone(Summary(verification), tone, colour));
 }
 
 }  // namespace corvo::telemetry::host

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "host/facts/record/verification.h"
@@ -8,6 +9,8 @@ namespace corvo::telemetry::host {
 
 /// Whether the promises of the last run are kept, for people: a table of databases and promises, what breaks any, and
 /// the outcome last.
-[[nodiscard]] std::string VerifyText(const Verification& verification, bool colour);
+///
+/// @param width in columns, for sentences.
+[[nodiscard]] std::string VerifyText(const Verification& verification, std::size_t width, bool colour);
 
 }  // namespace corvo::telemetry::host
