@@ -52,8 +52,8 @@ constexpr Setting kLimits[] = {
     {SQLITE_LIMIT_WORKER_THREADS, 0},
 };
 
-// secure_delete: deleted content is overwritten where its page is written anyway, and whole free pages go with the next
-// compaction. Set because builds of SQLite differ in their default.
+// In force before the file is read. secure_delete: deleted content is overwritten where its page is written anyway, and
+// whole free pages go with the next compaction. Set because builds of SQLite differ in their default.
 constexpr const char* kPragmas = "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0; PRAGMA secure_delete=FAST;";
 
 // SQLite's own default, in KiB: the header of the file can ask for any size. In force once the schema has been read.
@@ -73,7 +73,11 @@ Error SetConnectionOptions(sqlite3* handle, bool triggers_and_views) {
   for (const Setting& limit : kLimits) {
     sqlite3_limit(handle, limit.id, limit.value);
   }
-  return sqlite3_exec(handle, kPragmas, nullptr, nullptr, nullptr) == SQLITE_OK ? Error() : Failure(handle);
+  return {};
+}
+
+bool Execute(sqlite3* handle, const char* sql) {
+  return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
 /// Until 3.44, SQLite bars triggers and views of a distrusted schema from virtual tables, its own full-text and spatial
@@ -119,7 +123,8 @@ Connection::Connection(const DatabasePath& database)
 
 Connection::~Connection() {
   const FileGuard guard(files_);
-  if (handle_ != nullptr && options_.check_soundness) {
+  // Closing what was never used cannot change the file.
+  if (used_ && options_.check_soundness) {
     CloseKeepingVerdict(handle_, files_.database);
   } else {
     sqlite3_close(handle_);
@@ -141,7 +146,8 @@ Error Connection::Open(const std::string& name) {
 
 Error Connection::OpenHandle(const std::string& name, int flags) {
   const FileGuard guard(files_);
-  constexpr int kFlags = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW;
+  // A storage is used from one thread at a time, and an interrupt needs no lock.
+  constexpr int kFlags = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX;
   if (sqlite3_open_v2(name.c_str(), &handle_, flags | kFlags, GuardedVfs()) != SQLITE_OK) {
     return Failure(handle_);
   }
@@ -156,6 +162,7 @@ Error Connection::OpenHandle(const std::string& name, int flags) {
 Error Connection::OpenUnlocked() {
   sqlite3_close(std::exchange(handle_, nullptr));
   files_.log_missing = false;
+  schema_prepared_ = false;
   unlocked_ = LookAt(files_.database.c_str());
   return OpenHandle(ImmutableUri(files_.database), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
 }
@@ -218,6 +225,7 @@ Error Connection::Guarded(const Work& work) noexcept {
       return open_error_;
     }
     const FileGuard guard(files_);
+    used_ = true;
     Error result = Once(work);
     if (result.Failed() && files_.log_missing) {
       result = OpenUnlocked();
@@ -293,8 +301,8 @@ Error Connection::PrepareSchemaOnce() {
   if (schema_prepared_) {
     return {};
   }
-  Error error = CheckSchema(handle_);
-  if (!error.Failed() && sqlite3_exec(handle_, kCacheSize, nullptr, nullptr, nullptr) != SQLITE_OK) {
+  Error error = Execute(handle_, kPragmas) ? CheckSchema(handle_) : Failure(handle_);
+  if (!error.Failed() && !Execute(handle_, kCacheSize)) {
     error = Failure(handle_);
   }
   schema_prepared_ = !error.Failed();

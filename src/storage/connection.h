@@ -59,6 +59,7 @@ class Connection {
   ConnectionFiles files_;
   sqlite3* handle_ = nullptr;
   Error open_error_;
+  bool used_ = false;
   bool schema_prepared_ = false;
   std::optional<FileState> unlocked_;     ///< as it was opened to be read without locks
   std::set<std::string> changed_tables_;  ///< that the statement itself names, not its triggers

@@ -2,17 +2,14 @@
 
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <utility>
 
 #include "storage/telemetry_storage.h"
 
 namespace corvo::shared {
 namespace {
-
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 std::atomic<bool> interrupted = false;
 
@@ -26,35 +23,6 @@ constexpr int kInstructions = 1000;
 int ShallEnd(void* /*unused*/) { return interrupted ? 1 : 0; }
 
 }  // namespace
-
-Deadline::Deadline(sqlite3* handle, milliseconds limit) : handle_(handle) {
-  // The clock's range is limited too.
-  constexpr milliseconds kLongest = std::chrono::hours(24 * 365);
-  if (limit.count() > 0) {
-    watcher_ = std::thread([this, end = steady_clock::now() + std::min(limit, kLongest)] { Watch(end); });
-  }
-}
-
-Deadline::~Deadline() {
-  if (watcher_.joinable()) {
-    {
-      const std::lock_guard lock(mutex_);
-      done_ = true;
-    }
-    over_.notify_one();
-    watcher_.join();
-  }
-}
-
-void Deadline::Watch(steady_clock::time_point end) {
-  // An interrupt between two steps is lost, so it is repeated until the statement has ended.
-  constexpr milliseconds kAgain{5};
-  std::unique_lock lock(mutex_);
-  while (!over_.wait_until(lock, end, [this] { return done_; })) {
-    sqlite3_interrupt(handle_);
-    end = steady_clock::now() + kAgain;
-  }
-}
 
 void InterruptStatements() noexcept {
   interrupted = true;

@@ -1,9 +1,7 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include <memory>
 
 struct sqlite3;
 
@@ -11,8 +9,10 @@ namespace corvo::shared {
 
 // What ends a statement before it is done: its time limit, and a host that is asked to stop.
 
-/// Ends what runs on a connection when its time is over, from a thread of its own: SQLite's progress callbacks are not
+/// Ends what runs on a connection when its time is over, from another thread: SQLite's progress callbacks are not
 /// called within a single long step, such as a count over a tree of pages that leads back to itself.
+///
+/// A platform matter: one thread serves all statements where the library can end it before it is unloaded.
 class Deadline {
  public:
   /// `limit` counts from now; zero or less is without limit and costs nothing.
@@ -24,14 +24,15 @@ class Deadline {
   ~Deadline();
 
  private:
-  void Watch(std::chrono::steady_clock::time_point end);
-
-  sqlite3* handle_;
-  std::mutex mutex_;
-  std::condition_variable over_;
-  bool done_ = false;
-  std::thread watcher_;
+  struct Watch;
+  std::unique_ptr<Watch> watch_;
 };
+
+/// The longest limit that is counted: the clock's range is limited too.
+inline constexpr std::chrono::milliseconds kLongestLimit = std::chrono::hours(24 * 365);
+
+/// An interrupt between two steps of SQLite is lost, so it is repeated until the statement has ended.
+inline constexpr std::chrono::milliseconds kInterruptAgain{5};
 
 /// Makes what runs on a connection end with `InterruptStatements` for as long as the object lives.
 class Interruptible {
