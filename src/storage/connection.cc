@@ -59,6 +59,12 @@ constexpr const char* kPragmas = "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0;
 // SQLite's own default, in KiB: the header of the file can ask for any size. In force once the schema has been read.
 constexpr const char* kCacheSize = "PRAGMA main.cache_size=-2000;";
 
+int Access(const StorageOptions& options) {
+  // A storage is used from one thread at a time, and an interrupt needs no lock.
+  constexpr int kAlways = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX;
+  return kAlways | (options.read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+}
+
 bool Set(sqlite3* handle, int id, int value) { return sqlite3_db_config(handle, id, value, nullptr) == SQLITE_OK; }
 
 // Makes a new connection safe for files of unknown origin, and alike on every platform. Neither reads the file nor
@@ -123,8 +129,7 @@ Connection::Connection(const DatabasePath& database)
 
 Connection::~Connection() {
   const FileGuard guard(files_);
-  // Closing what was never used cannot change the file.
-  if (used_ && options_.check_soundness) {
+  if (handle_ != nullptr && options_.check_soundness) {
     CloseKeepingVerdict(handle_, files_.database);
   } else {
     sqlite3_close(handle_);
@@ -139,16 +144,25 @@ Error Connection::Open(const std::string& name) {
   if (Error error = CheckDatabaseFile(path_, file); error.Failed()) {
     return error;
   }
+  file_ = telemetry::common::Utf8(file);
   files_.read_only = options_.read_only;
-  const int access = options_.read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-  return OpenHandle(telemetry::common::Utf8(file), access);
+  const FileGuard guard(files_);
+  return CanOpen(file_, Access(options_)) ? Error() : OpenOnce();
+}
+
+Error Connection::OpenOnce() {
+  if (handle_ != nullptr) {
+    return {};
+  }
+  Error error = OpenHandle(file_, Access(options_));
+  if (error.Failed()) {
+    sqlite3_close(std::exchange(handle_, nullptr));
+  }
+  return error;
 }
 
 Error Connection::OpenHandle(const std::string& name, int flags) {
-  const FileGuard guard(files_);
-  // A storage is used from one thread at a time, and an interrupt needs no lock.
-  constexpr int kFlags = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX;
-  if (sqlite3_open_v2(name.c_str(), &handle_, flags | kFlags, GuardedVfs()) != SQLITE_OK) {
+  if (sqlite3_open_v2(name.c_str(), &handle_, flags, GuardedVfs()) != SQLITE_OK) {
     return Failure(handle_);
   }
   sqlite3_busy_timeout(handle_, Milliseconds(options_.busy_timeout));
@@ -164,7 +178,7 @@ Error Connection::OpenUnlocked() {
   files_.log_missing = false;
   schema_prepared_ = false;
   unlocked_ = LookAt(files_.database.c_str());
-  return OpenHandle(ImmutableUri(files_.database), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  return OpenHandle(ImmutableUri(files_.database), Access(options_) | SQLITE_OPEN_URI);
 }
 
 bool Connection::HasChangedUnlocked() const {
@@ -225,8 +239,8 @@ Error Connection::Guarded(const Work& work) noexcept {
       return open_error_;
     }
     const FileGuard guard(files_);
-    used_ = true;
-    Error result = Once(work);
+    Error result = OpenOnce();
+    result = result.Failed() ? result : Once(work);
     if (result.Failed() && files_.log_missing) {
       result = OpenUnlocked();
       result = result.Failed() ? result : Once(work);
