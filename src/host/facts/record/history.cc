@@ -14,30 +14,24 @@ namespace {
 constexpr std::size_t kMostBytes = 1'000'000;
 constexpr std::size_t kMostBytesRead = 4 * kMostBytes;  // of a file that is longer than any that was written here
 
-struct Entry {
-  std::string line;
-  RunRecord run;
-};
-
-std::vector<Entry> ReadEntries(const std::filesystem::path& directory) {
+/// The lines of the file, read by nobody yet.
+std::vector<std::string> ReadLines(const std::filesystem::path& directory) {
   const std::string content = ReadOwnFile(directory / kHistoryFile, kMostBytesRead).value_or("");
-  std::vector<Entry> entries;
+  std::vector<std::string> lines;
   for (std::string_view rest = content; !rest.empty();) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
     rest.remove_prefix(std::min(line.size() + 1, rest.size()));
-    if (auto run = ReadHistoryLine(line)) {
-      entries.push_back({std::string(line), *std::move(run)});
-    }
+    lines.emplace_back(line);
   }
-  return entries;
+  return lines;
 }
 
 /// The newest always stays.
-std::vector<Entry>::const_iterator FirstThatStays(const std::vector<Entry>& entries) {
-  auto first = entries.end() - 1;
-  for (std::size_t bytes = first->line.size() + 1; first != entries.begin(); --first) {
-    bytes += std::prev(first)->line.size() + 1;
-    if (bytes > kMostBytes || static_cast<std::size_t>(entries.end() - first) == kMostRuns) {
+std::vector<std::string>::const_iterator FirstThatStays(const std::vector<std::string>& lines) {
+  auto first = lines.end() - 1;
+  for (std::size_t bytes = first->size() + 1; first != lines.begin(); --first) {
+    bytes += std::prev(first)->size() + 1;
+    if (bytes > kMostBytes || static_cast<std::size_t>(lines.end() - first) == kMostRuns) {
       break;
     }
   }
@@ -99,20 +93,23 @@ RunRecord RecordOf(const RunReport& report) {
   return run;
 }
 
+// Lines that are no record go with their age like the others: reading them all would be a good part of a small run.
 void AddToHistory(const std::filesystem::path& directory, const RunRecord& run) {
-  std::vector<Entry> entries = ReadEntries(directory);
-  entries.push_back({HistoryLine(run), {}});
+  std::vector<std::string> lines = ReadLines(directory);
+  lines.push_back(HistoryLine(run));
   std::string content;
-  for (auto entry = FirstThatStays(entries); entry != entries.end(); ++entry) {
-    content += entry->line + "\n";
+  for (auto line = FirstThatStays(lines); line != lines.end(); ++line) {
+    content += *line + "\n";
   }
   ReplaceOwnFile(directory / kHistoryFile, content);
 }
 
 std::vector<RunRecord> ReadHistory(const std::filesystem::path& directory) {
   std::vector<RunRecord> runs;
-  for (Entry& entry : ReadEntries(directory)) {
-    runs.push_back(std::move(entry.run));
+  for (const std::string& line : ReadLines(directory)) {
+    if (auto run = ReadHistoryLine(line)) {
+      runs.push_back(*std::move(run));
+    }
   }
   return runs;
 }
