@@ -53,12 +53,18 @@ constexpr Setting kLimits[] = {
     {SQLITE_LIMIT_WORKER_THREADS, 0},
 };
 
-// secure_delete: deleted content is overwritten where its page is written anyway, and whole free pages go with the next
-// compaction. Set because builds of SQLite differ in their default.
+// In force before the file is read. secure_delete: deleted content is overwritten where its page is written anyway, and
+// whole free pages go with the next compaction. Set because builds of SQLite differ in their default.
 constexpr const char* kPragmas = "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0; PRAGMA secure_delete=FAST;";
 
 // SQLite's own default, in KiB: the header of the file can ask for any size. In force once the schema has been read.
 constexpr const char* kCacheSize = "PRAGMA main.cache_size=-2000;";
+
+int Access(const StorageOptions& options) {
+  // A storage is used from one thread at a time, and an interrupt needs no lock.
+  constexpr int kAlways = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX;
+  return kAlways | (options.read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+}
 
 bool Set(sqlite3* handle, int id, int value) { return sqlite3_db_config(handle, id, value, nullptr) == SQLITE_OK; }
 
@@ -74,7 +80,11 @@ Error SetConnectionOptions(sqlite3* handle, bool triggers_and_views) {
   for (const Setting& limit : kLimits) {
     sqlite3_limit(handle, limit.id, limit.value);
   }
-  return sqlite3_exec(handle, kPragmas, nullptr, nullptr, nullptr) == SQLITE_OK ? Error() : Failure(handle);
+  return {};
+}
+
+bool Execute(sqlite3* handle, const char* sql) {
+  return sqlite3_exec(handle, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
 /// Until 3.44, SQLite bars triggers and views of a distrusted schema from virtual tables, its own full-text and spatial
@@ -135,15 +145,25 @@ Error Connection::Open(const std::string& name) {
   if (Error error = CheckDatabaseFile(path_, file); error.Failed()) {
     return error;
   }
+  file_ = telemetry::common::Utf8(file);
   files_.read_only = options_.read_only;
-  const int access = options_.read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-  return OpenHandle(telemetry::common::Utf8(file), access);
+  const FileGuard guard(files_);
+  return CanOpen(file_, Access(options_)) ? Error() : OpenOnce();
+}
+
+Error Connection::OpenOnce() {
+  if (handle_ != nullptr) {
+    return {};
+  }
+  Error error = OpenHandle(file_, Access(options_));
+  if (error.Failed()) {
+    sqlite3_close(std::exchange(handle_, nullptr));
+  }
+  return error;
 }
 
 Error Connection::OpenHandle(const std::string& name, int flags) {
-  const FileGuard guard(files_);
-  constexpr int kFlags = SQLITE_OPEN_EXRESCODE | SQLITE_OPEN_NOFOLLOW;
-  if (sqlite3_open_v2(name.c_str(), &handle_, flags | kFlags, GuardedVfs()) != SQLITE_OK) {
+  if (sqlite3_open_v2(name.c_str(), &handle_, flags, GuardedVfs()) != SQLITE_OK) {
     return Failure(handle_);
   }
   sqlite3_busy_timeout(handle_, Milliseconds(options_.busy_timeout));
@@ -157,8 +177,9 @@ Error Connection::OpenHandle(const std::string& name, int flags) {
 Error Connection::OpenUnlocked() {
   sqlite3_close(std::exchange(handle_, nullptr));
   files_.log_missing = false;
+  schema_prepared_ = false;
   unlocked_ = LookAt(files_.database.c_str());
-  return OpenHandle(ImmutableUri(files_.database), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  return OpenHandle(ImmutableUri(files_.database), Access(options_) | SQLITE_OPEN_URI);
 }
 
 bool Connection::HasChangedUnlocked() const {
@@ -225,7 +246,8 @@ Error Connection::Guarded(const Work& work) noexcept {
       return open_error_;
     }
     const FileGuard guard(files_);
-    Error result = Once(work);
+    Error result = OpenOnce();
+    result = result.Failed() ? result : Once(work);
     if (result.Failed() && files_.log_missing) {
       result = OpenUnlocked();
       result = result.Failed() ? result : Once(work);
@@ -306,8 +328,8 @@ Error Connection::PrepareSchemaOnce() {
   if (schema_prepared_) {
     return {};
   }
-  Error error = CheckSchema(handle_);
-  if (!error.Failed() && sqlite3_exec(handle_, kCacheSize, nullptr, nullptr, nullptr) != SQLITE_OK) {
+  Error error = Execute(handle_, kPragmas) ? CheckSchema(handle_) : Failure(handle_);
+  if (!error.Failed() && !Execute(handle_, kCacheSize)) {
     error = Failure(handle_);
   }
   schema_prepared_ = !error.Failed();

@@ -18,7 +18,8 @@ namespace corvo::shared {
 /// One SQLite connection, or the reason why there is none.
 class Connection {
  public:
-  /// Opens the file that `database` leads to. Takes no lock.
+  /// Sees whether the file that `database` leads to can be opened. Takes no lock. It is opened for the first statement:
+  /// who asks for a database's name alone does not need it.
   explicit Connection(const DatabasePath& database);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -42,6 +43,7 @@ class Connection {
   template <class Work>
   [[nodiscard]] Error Once(const Work& work);
   [[nodiscard]] Error Open(const std::string& name);
+  [[nodiscard]] Error OpenOnce();
   [[nodiscard]] Error OpenHandle(const std::string& name, int flags);
   [[nodiscard]] Error OpenUnlocked();
   [[nodiscard]] bool HasChangedUnlocked() const;
@@ -58,6 +60,7 @@ class Connection {
 
   std::string path_;
   StorageOptions options_;
+  std::string file_;  ///< what `path_` leads to, in UTF-8
   ConnectionFiles files_;
   sqlite3* handle_ = nullptr;
   Error open_error_;

@@ -3,7 +3,9 @@
 #include <sqlite3.h>
 
 #include <array>
+#include <cstring>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <string_view>
 #include <system_error>
@@ -288,6 +290,28 @@ Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path
 FileGuard::FileGuard(ConnectionFiles& files) noexcept : former_(FilesOfThread()) { SetFilesOfThread(&files); }
 
 FileGuard::~FileGuard() { SetFilesOfThread(former_); }
+
+bool CanOpen(const std::string& name, int flags) {
+  constexpr std::size_t kLongestSuffix = 8;
+  sqlite3_vfs* const vfs = sqlite3_vfs_find(GuardedVfs());
+  if (vfs == nullptr) {
+    return false;
+  }
+  std::string full(static_cast<std::size_t>(vfs->mxPathname) + 1, '\0');
+  if (vfs->xFullPathname(vfs, name.c_str(), vfs->mxPathname + 1, full.data()) != SQLITE_OK ||
+      std::strlen(full.c_str()) + kLongestSuffix > static_cast<std::size_t>(vfs->mxPathname)) {
+    return false;
+  }
+  const std::unique_ptr<const char, decltype(&sqlite3_free_filename)> file_name(
+      sqlite3_create_filename(full.c_str(), "", "", 0, nullptr), &sqlite3_free_filename);
+  const std::unique_ptr<void, decltype(&sqlite3_free)> memory(sqlite3_malloc(vfs->szOsFile), &sqlite3_free);
+  auto* const file = static_cast<sqlite3_file*>(memory.get());
+  if (file_name == nullptr || file == nullptr ||
+      vfs->xOpen(vfs, file_name.get(), file, flags | SQLITE_OPEN_MAIN_DB, nullptr) != SQLITE_OK) {
+    return false;
+  }
+  return file->pMethods->xClose(file) == SQLITE_OK;
+}
 
 const char* GuardedVfs() {
   sqlite3_vfs* below = sqlite3_vfs_find(nullptr);

@@ -42,18 +42,6 @@ const char* FaultOf(std::string_view type, std::string_view name, std::string_vi
   return answers && Is(name, "dbstat") ? "the schema has an object named dbstat" : nullptr;
 }
 
-/// Whether a query about a table has a row.
-Error HasRow(sqlite3* handle, const char* query, const std::string& table, bool& found) {
-  Statement statement;
-  Rows rows;
-  Error error = Prepare(handle, query, statement);
-  if (!error.Failed()) {
-    error = Run(statement.get(), {table}, rows);
-  }
-  found = rows.count > 0;
-  return error;
-}
-
 /// Rows that break a CHECK constraint are the user's business, but quick_check reports them like damage.
 class ChecksIgnored {
  public:
@@ -239,6 +227,37 @@ Error CheckSchemaTexts(sqlite3* handle) {
   return error;
 }
 
+/// Whether the table's primary key has an index, which it has not where the key is the rowid itself.
+Error HasKeyIndex(sqlite3* handle, const std::string& table, bool& found) {
+  Statement statement;
+  Rows rows;
+  Error error = Prepare(handle, "SELECT 1 FROM pragma_index_list(?1, 'main') WHERE origin = 'pk'", statement);
+  if (!error.Failed()) {
+    error = Run(statement.get(), {table}, rows);
+  }
+  found = rows.count > 0;
+  return error;
+}
+
+/// Whether a column called rowid is another thing than the rowid: where it is part of the primary key, one of a longer
+/// key, or of a table without rowids.
+Error HidesRowids(sqlite3* handle, const std::string& table, bool& hidden) {
+  constexpr int kName = 1;
+  constexpr int kPlaceInKey = 5;
+  Statement statement;
+  if (Error error = Prepare(handle, Sql("PRAGMA main.table_xinfo(\"%w\")", table.c_str()), statement); error.Failed()) {
+    return error;
+  }
+  int code = sqlite3_step(statement.get());
+  for (; code == SQLITE_ROW; code = sqlite3_step(statement.get())) {
+    if (Is(TextOf(statement.get(), kName), "rowid")) {
+      hidden = sqlite3_column_int(statement.get(), kPlaceInKey) == 0;
+      return hidden ? Error() : HasKeyIndex(handle, table, hidden);
+    }
+  }
+  return code == SQLITE_DONE ? Error() : Failure(handle);
+}
+
 }  // namespace
 
 Error CheckSchema(sqlite3* handle) {
@@ -257,17 +276,12 @@ Error CheckSchema(sqlite3* handle) {
 }
 
 Error CheckRowids(sqlite3* handle, const std::set<std::string>& tables) {
-  // Where the primary key is the rowid itself it has no index; a column of a longer key, or of a table without rowids,
-  // has.
-  constexpr const char* kOrdinaryRowid =
-      "SELECT 1 FROM pragma_table_xinfo(?1, 'main') WHERE lower(name) = 'rowid' AND (pk = 0 OR EXISTS "
-      "(SELECT 1 FROM pragma_index_list(?1, 'main') WHERE origin = 'pk'))";
   for (const std::string& table : tables) {
-    bool found = false;
-    if (Error error = HasRow(handle, kOrdinaryRowid, table, found); error.Failed()) {
+    bool hidden = false;
+    if (Error error = HidesRowids(handle, table, hidden); error.Failed()) {
       return error;
     }
-    if (found) {
+    if (hidden) {
       return Failure(ResultCode::kAuth,
                      "the table " + table + " has an ordinary column called rowid, which hides the rowid of its rows");
     }

@@ -2,17 +2,14 @@
 
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <utility>
 
 #include "storage/telemetry_storage.h"
 
 namespace corvo::shared {
 namespace {
-
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 std::atomic<bool> interrupted = false;
 
@@ -24,7 +21,7 @@ Interruptible* running = nullptr;
 constexpr int kInstructions = 1000;
 
 /// Between two calls of an observer.
-constexpr milliseconds kBeat{200};
+constexpr std::chrono::milliseconds kBeat{200};
 
 int Proceed(void* heartbeat) {
   if (heartbeat != nullptr) {
@@ -34,35 +31,6 @@ int Proceed(void* heartbeat) {
 }
 
 }  // namespace
-
-Deadline::Deadline(sqlite3* handle, milliseconds limit) : handle_(handle) {
-  // The clock's range is limited too.
-  constexpr milliseconds kLongest = std::chrono::hours(24 * 365);
-  if (limit.count() > 0) {
-    watcher_ = std::thread([this, end = steady_clock::now() + std::min(limit, kLongest)] { Watch(end); });
-  }
-}
-
-Deadline::~Deadline() {
-  if (watcher_.joinable()) {
-    {
-      const std::lock_guard lock(mutex_);
-      done_ = true;
-    }
-    over_.notify_one();
-    watcher_.join();
-  }
-}
-
-void Deadline::Watch(steady_clock::time_point end) {
-  // An interrupt between two steps is lost, so it is repeated until the statement has ended.
-  constexpr milliseconds kAgain{5};
-  std::unique_lock lock(mutex_);
-  while (!over_.wait_until(lock, end, [this] { return done_; })) {
-    sqlite3_interrupt(handle_);
-    end = steady_clock::now() + kAgain;
-  }
-}
 
 void InterruptStatements() noexcept {
   interrupted = true;
@@ -80,7 +48,7 @@ Heartbeat::Heartbeat(StatementObserver& observer, const StatementRecord& started
     : observer_(observer), statement_(started), next_(started.start + kBeat) {}
 
 void Heartbeat::Tick() noexcept {
-  statement_.end = steady_clock::now();
+  statement_.end = std::chrono::steady_clock::now();
   if (statement_.end >= next_) {
     observer_.OnProgress(statement_);
     next_ = statement_.end + kBeat;

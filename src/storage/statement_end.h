@@ -1,9 +1,7 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include <memory>
 
 #include "storage/statement_observer.h"
 
@@ -14,8 +12,10 @@ namespace corvo::shared {
 // What happens to a statement while it runs: its time limit or a host that is asked to stop end it, and an observer is
 // told of it.
 
-/// Ends what runs on a connection when its time is over, from a thread of its own: SQLite's progress callbacks are not
+/// Ends what runs on a connection when its time is over, from another thread: SQLite's progress callbacks are not
 /// called within a single long step, such as a count over a tree of pages that leads back to itself.
+///
+/// A platform matter: one thread serves all statements where the library can end it before it is unloaded.
 class Deadline {
  public:
   /// `limit` counts from now; zero or less is without limit and costs nothing.
@@ -27,14 +27,15 @@ class Deadline {
   ~Deadline();
 
  private:
-  void Watch(std::chrono::steady_clock::time_point end);
-
-  sqlite3* handle_;
-  std::mutex mutex_;
-  std::condition_variable over_;
-  bool done_ = false;
-  std::thread watcher_;
+  struct Watch;
+  std::unique_ptr<Watch> watch_;
 };
+
+/// The longest limit that is counted: the clock's range is limited too.
+inline constexpr std::chrono::milliseconds kLongestLimit = std::chrono::hours(24 * 365);
+
+/// An interrupt between two steps of SQLite is lost, so it is repeated until the statement has ended.
+inline constexpr std::chrono::milliseconds kInterruptAgain{5};
 
 /// Tells the observer of a statement from time to time that it still runs.
 class Heartbeat {

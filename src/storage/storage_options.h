@@ -27,7 +27,8 @@ struct StorageOptions {
   std::chrono::milliseconds busy_timeout{5000};
 
   /// How long one statement may run, the check of the file before it included, before it is ended and rolled back
-  /// (`IsInterrupted`). Zero, the default, is without limit. Costs one short-lived thread a statement.
+  /// (`IsInterrupted`). Zero, the default, is without limit. Costs one thread, which serves all statements (on Windows
+  /// one short-lived thread a statement).
   std::chrono::milliseconds statement_time_limit{0};
 
   /// Most bytes that SQLite may hold in the whole process, also in connections of the host's own; a statement that

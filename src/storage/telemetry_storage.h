@@ -12,9 +12,9 @@ class Message;
 
 namespace corvo::shared {
 
-/// One open telemetry database.
+/// One telemetry database.
 ///
-/// The file is opened for reading and writing and never created. It is treated as untrusted input, see
+/// The file is opened for the first statement, for reading and writing, and never created. It is untrusted input, see
 /// `StorageOptions`: nothing is written to a damaged file, and anything but a regular file is refused. Objects are
 /// independent of each other; use each from one thread at a time. The destructor closes the database and deletes the
 /// commands that were executed on it.

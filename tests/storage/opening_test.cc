@@ -41,6 +41,19 @@ TEST_F(Opening, ReportsAMissingFileAtOnceAndInEveryExecute) {
   EXPECT_THAT(RunSql(storage, "SELECT 1"), missing);
 }
 
+TEST_F(Opening, IsForTheFirstStatement) {
+  CreateSamples(3);
+  TelemetryStorage storage(file_.c_str(), "");
+  ASSERT_THAT(storage.GetLastError(), Succeeds());
+
+  std::filesystem::remove(file_);
+
+  EXPECT_THAT(RunSql(storage, "SELECT 1"), FailsWith(SQLITE_CANTOPEN, "unable to open database file"));
+  EXPECT_TRUE(std::filesystem::is_empty(dir_.Path()));
+  CreateSamples(2);
+  EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "2");
+}
+
 TEST_F(Opening, RefusesADirectory) {
   std::filesystem::create_directory(file_);
 

@@ -2,6 +2,7 @@
 #include <sqlite3.h>
 
 #include <ostream>
+#include <thread>
 
 #include "storage/result_code.h"
 #include "storage/side_file_samples.h"
@@ -117,6 +118,34 @@ INSTANTIATE_TEST_SUITE_P(TimeLimit, EndlessStatement,
                                                  "INSERT INTO Samples(v) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL "
                                                  "SELECT i + 1 FROM n) SELECT i FROM n"}),
                          CaseName());
+
+TEST_F(TimeLimit, IsKeptAfterALongerOne) {
+  CreateSamples(3);
+  const OptionScope longer(&shared::StorageOptions::statement_time_limit, std::chrono::hours(1));
+  TelemetryStorage patient(file_.c_str(), "");
+  ASSERT_EQ(ReadValue(patient, "SELECT COUNT(*) FROM Samples"), "3");
+  const OptionScope limit(&shared::StorageOptions::statement_time_limit, milliseconds(50));
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_THAT(RunSql(storage, kEndless), FailsWith(SQLITE_INTERRUPT, "interrupted"));
+
+  EXPECT_EQ(ReadValue(patient, "SELECT COUNT(*) FROM Samples"), "3");
+}
+
+TEST_F(TimeLimit, IsThatOfEachStatementWhereSeveralRun) {
+  CreateSamples(3);
+  const OptionScope longer(&shared::StorageOptions::statement_time_limit, milliseconds(300));
+  TelemetryStorage patient(file_.c_str(), "");
+  const OptionScope limit(&shared::StorageOptions::statement_time_limit, milliseconds(50));
+  TelemetryStorage storage(file_.c_str(), "");
+  telemetry::common::Error result;
+  std::thread other([&] { result = RunSql(patient, kEndless); });
+
+  EXPECT_THAT(RunSql(storage, kEndless), FailsWith(SQLITE_INTERRUPT, "interrupted"));
+
+  other.join();
+  EXPECT_THAT(result, FailsWith(SQLITE_INTERRUPT, "interrupted"));
+}
 
 TEST_F(TimeLimit, StartsAnewForEachStatement) {
   CreateSamples(3);

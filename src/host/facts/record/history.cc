@@ -14,52 +14,39 @@ namespace {
 constexpr std::size_t kMostBytes = 1'000'000;
 constexpr std::size_t kMostBytesRead = 4 * kMostBytes;  // of a file that is longer than any that was written here
 
-struct Entry {
-  std::string line;
-  RunRecord run;
-};
-
 // The file is written anew when it holds a quarter more than what is kept, so that this is seldom.
 constexpr std::size_t kMostBytesInFile = kMostBytes / 4 * 5;
 constexpr std::size_t kMostRunsInFile = kMostRuns / 4 * 5;
+
+using Lines = std::vector<std::string>;
 
 std::string ReadFile(const std::filesystem::path& directory) {
   return ReadOwnFile(directory / kHistoryFile, kMostBytesRead).value_or("");
 }
 
-std::vector<Entry> EntriesOf(const std::string& content) {
-  std::vector<Entry> entries;
+Lines LinesOf(const std::string& content) {
+  Lines lines;
   for (std::string_view rest = content; !rest.empty();) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
     rest.remove_prefix(std::min(line.size() + 1, rest.size()));
-    if (auto run = ReadHistoryLine(line)) {
-      entries.push_back({std::string(line), *std::move(run)});
-    }
+    lines.emplace_back(line);
   }
-  return entries;
+  return lines;
 }
 
 /// The newest always stays.
-std::vector<Entry>::const_iterator FirstThatStays(const std::vector<Entry>& entries) {
-  if (entries.empty()) {
-    return entries.end();
+Lines::const_iterator FirstThatStays(const Lines& lines) {
+  if (lines.empty()) {
+    return lines.end();
   }
-  auto first = entries.end() - 1;
-  for (std::size_t bytes = first->line.size() + 1; first != entries.begin(); --first) {
-    bytes += std::prev(first)->line.size() + 1;
-    if (bytes > kMostBytes || static_cast<std::size_t>(entries.end() - first) == kMostRuns) {
+  auto first = lines.end() - 1;
+  for (std::size_t bytes = first->size() + 1; first != lines.begin(); --first) {
+    bytes += std::prev(first)->size() + 1;
+    if (bytes > kMostBytes || static_cast<std::size_t>(lines.end() - first) == kMostRuns) {
       break;
     }
   }
   return first;
-}
-
-std::string Joined(std::vector<Entry>::const_iterator first, std::vector<Entry>::const_iterator end) {
-  std::string content;
-  for (; first != end; ++first) {
-    content += first->line + "\n";
-  }
-  return content;
 }
 
 /// What the reasons of a run come to, in one line.
@@ -119,26 +106,32 @@ RunRecord RecordOf(const RunReport& report) {
   return run;
 }
 
+// Lines that are no record go with their age like the others: reading them all would be a good part of a small run.
 void AddToHistory(const std::filesystem::path& directory, const RunRecord& run) {
   const std::filesystem::path file = directory / kHistoryFile;
   const std::string former = ReadFile(directory);
-  std::vector<Entry> entries = EntriesOf(former);
+  Lines lines = LinesOf(former);
   const std::string line = HistoryLine(run);
-  // With a torn line, or one that is no record, the file is not what its records come to.
-  const bool all_records = Joined(entries.begin(), entries.end()) == former;
-  const bool has_room = entries.size() < kMostRunsInFile && former.size() + line.size() < kMostBytesInFile;
-  if (all_records && has_room && AppendToOwnFile(file, line + "\n")) {
+  const bool torn = !former.empty() && former.back() != '\n';
+  const bool has_room = lines.size() < kMostRunsInFile && former.size() + line.size() < kMostBytesInFile;
+  if (!torn && has_room && AppendToOwnFile(file, line + "\n")) {
     return;
   }
-  entries.push_back({line, {}});
-  ReplaceOwnFile(file, Joined(FirstThatStays(entries), entries.end()));
+  lines.push_back(line);
+  std::string content;
+  for (auto kept = FirstThatStays(lines); kept != lines.end(); ++kept) {
+    content += *kept + "\n";
+  }
+  ReplaceOwnFile(file, content);
 }
 
 std::vector<RunRecord> ReadHistory(const std::filesystem::path& directory) {
-  const std::vector<Entry> entries = EntriesOf(ReadFile(directory));
+  const Lines lines = LinesOf(ReadFile(directory));
   std::vector<RunRecord> runs;
-  for (auto entry = FirstThatStays(entries); entry != entries.end(); ++entry) {
-    runs.push_back(entry->run);
+  for (auto line = FirstThatStays(lines); line != lines.end(); ++line) {
+    if (auto run = ReadHistoryLine(*line)) {
+      runs.push_back(*std::move(run));
+    }
   }
   return runs;
 }
