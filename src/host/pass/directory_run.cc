@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "common/text.h"
 #include "host/facts/catalogue_view.h"
@@ -22,29 +23,12 @@ namespace {
 
 std::string FileName(const DatabaseReport& database) { return common::Utf8(database.path.filename()); }
 
-bool Wanted(const DirectoryRun& run, const DatabaseView& database) {
-  return run.only.empty() || std::find(run.only.begin(), run.only.end(), database.database) != run.only.end();
-}
-
-// Progress is a courtesy: the run goes on without it.
-void ShowLooking(const std::string& database) noexcept {
-  try {
-    ShowProgress({.database = database, .step = "looking"});
-  } catch (...) {
-    EndProgress();
-  }
-}
-
-/// Those that have a file, in catalogue order.
 std::vector<DatabaseReport> LookAtAll(const DirectoryRun& run, const CatalogueView& catalogue) {
   const CompactionPlaces places{run.room.empty() ? run.directory : run.room, SqliteTemporaryDirectory()};
   std::vector<DatabaseReport> reports;
-  for (const DatabaseView& database : catalogue.databases) {
-    if (!Wanted(run, database) || !HasFile(DatabaseFile(database, run.directory))) {
-      continue;
-    }
+  for (const DatabaseView& database : DatabasesOf(run, catalogue)) {
     if (run.show_progress) {
-      ShowLooking(database.database);
+      ShowStep(database.database, "looking");
     }
     reports.push_back(LookAtDatabase(database, catalogue.Of(database.database), run.directory, places));
   }
@@ -182,6 +166,17 @@ class Passes {
 };
 
 }  // namespace
+
+std::vector<DatabaseView> DatabasesOf(const DirectoryRun& run, const CatalogueView& catalogue) {
+  std::vector<DatabaseView> databases;
+  std::copy_if(catalogue.databases.begin(), catalogue.databases.end(), std::back_inserter(databases),
+               [&run](const DatabaseView& database) {
+                 const bool wanted = run.only.empty() ||
+                                     std::find(run.only.begin(), run.only.end(), database.database) != run.only.end();
+                 return wanted && HasFile(DatabaseFile(database, run.directory));
+               });
+  return databases;
+}
 
 bool WasOpened(const DatabaseReport& database) {
   return !database.problem || database.problem->kind == Problem::Kind::kFailed ||

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "framework/plugin_module.h"
+#include "host/facts/catalogue_view.h"
 #include "host/facts/run_report.h"
 #include "host/pass/stall_limit.h"
 
@@ -21,6 +22,9 @@ struct DirectoryRun {
   bool keep_going = false;     ///< each database in a pass of its own
   bool show_progress = false;  ///< a person watches standard error
 };
+
+/// The databases that a run is for and that have a file, in the catalogue's order.
+[[nodiscard]] std::vector<DatabaseView> DatabasesOf(const DirectoryRun& run, const CatalogueView& catalogue);
 
 /// Looks at the databases of the directory, lets the module clean those that can be cleaned, and looks again.
 ///

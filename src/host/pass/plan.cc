@@ -37,13 +37,9 @@ struct Original {
 
 std::vector<Original> FindOriginals(const DirectoryRun& run, const CatalogueView& catalogue) {
   std::vector<Original> originals;
-  for (const DatabaseView& database : catalogue.databases) {
-    const bool wanted =
-        run.only.empty() || std::find(run.only.begin(), run.only.end(), database.database) != run.only.end();
+  for (const DatabaseView& database : DatabasesOf(run, catalogue)) {
     const fs::path file = DatabaseFile(database, run.directory);
-    if (wanted && HasFile(file)) {
-      originals.push_back({database, file, SizeWithLog(file)});
-    }
+    originals.push_back({database, file, SizeWithLog(file)});
   }
   return originals;
 }
@@ -149,7 +145,7 @@ void CopyAll(std::vector<Original>& originals, const fs::path& place, bool show_
   const shared::StorageOptionsScope reading(options);
   for (Original& original : originals) {
     if (show_progress) {
-      ShowProgress({.database = original.view.database, .step = "copying"});
+      ShowStep(original.view.database, "copying");
     }
     original.problem = LookFromOutside(original.file);
     if (!original.problem) {
