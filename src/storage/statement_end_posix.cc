@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <system_error>
 
@@ -22,51 +24,61 @@ struct Limited {
   steady_clock::time_point end;
 };
 
-/// The one thread that ends statements. It starts with the first that has a limit and stays until the library goes:
-/// starting a thread costs more than many a statement.
+/// The thread that ends statements. One serves them all, because to start a thread costs more than many a statement.
 class Watcher {
  public:
   using Place = std::list<Limited>::iterator;
 
-  Watcher() = default;
+  /// @throws std::system_error when there is no thread to be had.
+  Watcher();
   Watcher(const Watcher&) = delete;
   Watcher& operator=(const Watcher&) = delete;
   ~Watcher();
+
+  /// Whether the thread is one of this process: a forked process has none of its parent's.
+  [[nodiscard]] bool IsOurs() const { return process_ == getpid(); }
 
   [[nodiscard]] Place Add(const Limited& statement);
   void Remove(Place statement) noexcept;
 
  private:
   static void* Run(void* watcher);
-  void Start();
   void Watch();
   [[nodiscard]] steady_clock::time_point InterruptLate();
 
+  const pid_t process_ = getpid();
   std::mutex mutex_;
   std::condition_variable changed_;
   std::list<Limited> statements_;
-  steady_clock::time_point wakes_;
+  steady_clock::time_point wakes_ = steady_clock::time_point::min();  // it looks by itself first
   bool stopping_ = false;
-  pid_t process_ = 0;  ///< whose thread it is; a forked process has none
   pthread_t thread_{};
 };
+
+// The host's signals are for its own threads.
+Watcher::Watcher() {
+  sigset_t all;
+  sigset_t former;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &former);
+  const int failure = pthread_create(&thread_, nullptr, &Watcher::Run, this);
+  pthread_sigmask(SIG_SETMASK, &former, nullptr);
+  if (failure != 0) {
+    throw std::system_error(failure, std::generic_category());
+  }
+}
 
 Watcher::~Watcher() {
   {
     const std::lock_guard lock(mutex_);
     stopping_ = true;
   }
-  if (process_ == getpid()) {
-    changed_.notify_one();
-    pthread_join(thread_, nullptr);
-  }
+  changed_.notify_one();
+  pthread_join(thread_, nullptr);
 }
 
 Watcher::Place Watcher::Add(const Limited& statement) {
   const std::lock_guard lock(mutex_);
-  if (process_ != getpid()) {
-    Start();
-  }
   statements_.push_front(statement);
   if (statement.end < wakes_) {
     changed_.notify_one();
@@ -78,21 +90,6 @@ Watcher::Place Watcher::Add(const Limited& statement) {
 void Watcher::Remove(Place statement) noexcept {
   const std::lock_guard lock(mutex_);
   statements_.erase(statement);
-}
-
-// The host's signals are for its own threads.
-void Watcher::Start() {
-  sigset_t all;
-  sigset_t former;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &former);
-  const int failure = pthread_create(&thread_, nullptr, &Watcher::Run, this);
-  pthread_sigmask(SIG_SETMASK, &former, nullptr);
-  if (failure != 0) {
-    throw std::system_error(failure, std::generic_category());
-  }
-  wakes_ = steady_clock::time_point::min();  // It looks by itself first.
-  process_ = getpid();
 }
 
 void* Watcher::Run(void* watcher) {
@@ -122,16 +119,49 @@ steady_clock::time_point Watcher::InterruptLate() {
   return next;
 }
 
-Watcher watcher;
+/// The watcher of the process, from the first statement with a limit until the library goes.
+class WatcherOfTheProcess {
+ public:
+  WatcherOfTheProcess() = default;
+  WatcherOfTheProcess(const WatcherOfTheProcess&) = delete;
+  WatcherOfTheProcess& operator=(const WatcherOfTheProcess&) = delete;
+
+  // That of a parent stays as it was forked, perhaps in the middle of something: its lock may be taken for good, and
+  // its end would wait for a thread that is not there.
+  ~WatcherOfTheProcess() {
+    const Watcher* watcher = watcher_;
+    if (watcher != nullptr && watcher->IsOurs()) {
+      delete watcher;
+    }
+  }
+
+  Watcher& Get() {
+    Watcher* watcher = watcher_;
+    if (watcher == nullptr || !watcher->IsOurs()) {
+      auto own = std::make_unique<Watcher>();
+      // Another thread may have been faster.
+      if (watcher_.compare_exchange_strong(watcher, own.get())) {
+        watcher = own.release();
+      }
+    }
+    return *watcher;
+  }
+
+ private:
+  std::atomic<Watcher*> watcher_ = nullptr;
+};
+
+WatcherOfTheProcess watcher_of_the_process;
 
 }  // namespace
 
 struct Deadline::Watch {
-  explicit Watch(const Limited& statement) : place(watcher.Add(statement)) {}
+  explicit Watch(const Limited& statement) : watcher(watcher_of_the_process.Get()), place(watcher.Add(statement)) {}
   Watch(const Watch&) = delete;
   Watch& operator=(const Watch&) = delete;
   ~Watch() { watcher.Remove(place); }
 
+  Watcher& watcher;
   Watcher::Place place;
 };
 

@@ -17,5 +17,5 @@ ask(module --variable=module)
 
 run("${compiler}" -std=c++20 ${flags} "-DCORVO_MODULE=\"${module}\"" ${compile} "${CMAKE_CURRENT_LIST_DIR}/stranger/main.cc"
     -o "${work}/by-pkg-config" ${link} "-Wl,-rpath,${libraries}")
-file(REMOVE_RECURSE "${work}/data")
-run("${work}/by-pkg-config" "${work}/data")
+file(REMOVE_RECURSE "${work}/data-by-pkg-config")
+run("${work}/by-pkg-config" "${work}/data-by-pkg-config")
