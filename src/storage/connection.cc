@@ -148,27 +148,29 @@ Error Connection::Open(const std::string& name) {
   file_ = telemetry::common::Utf8(file);
   files_.read_only = options_.read_only;
   const FileGuard guard(files_);
-  return CanOpen(file_, Access(options_)) ? Error() : OpenOnce();
+  return CanOpen(file_, options_.read_only) ? Error() : OpenOnce();
 }
 
 Error Connection::OpenOnce() {
   if (handle_ != nullptr) {
     return {};
   }
-  Error error = OpenHandle(file_, Access(options_));
-  if (error.Failed()) {
-    sqlite3_close(std::exchange(handle_, nullptr));
-  }
-  return error;
+  return OpenHandle(file_, Access(options_));
 }
 
+// What lacks a protection is closed again, on every path.
 Error Connection::OpenHandle(const std::string& name, int flags) {
-  if (sqlite3_open_v2(name.c_str(), &handle_, flags, GuardedVfs()) != SQLITE_OK) {
-    return Failure(handle_);
+  sqlite3* opened = nullptr;
+  const int code = sqlite3_open_v2(name.c_str(), &opened, flags, GuardedVfs());
+  std::unique_ptr<sqlite3, decltype(&sqlite3_close)> handle(opened, &sqlite3_close);
+  if (code != SQLITE_OK) {
+    return Failure(opened);
   }
-  sqlite3_busy_timeout(handle_, Milliseconds(options_.busy_timeout));
-  sqlite3_set_authorizer(handle_, &Connection::NoteChangedTable, this);
-  return SetConnectionOptions(handle_, options_.triggers_and_views);
+  sqlite3_busy_timeout(opened, Milliseconds(options_.busy_timeout));
+  sqlite3_set_authorizer(opened, &Connection::NoteChangedTable, this);
+  Error error = SetConnectionOptions(opened, options_.triggers_and_views);
+  handle_ = error.Failed() ? nullptr : handle.release();
+  return error;
 }
 
 // Reading a database in write-ahead mode would make a log, and leave it behind. Without one nobody has the database
@@ -301,6 +303,10 @@ Error Connection::RunWrite(sqlite3_stmt* statement, const Parameters& parameters
   }
   if (IsCompaction(sqlite3_sql(statement))) {
     Error error = JudgeCompaction(handle_, options_, left_out_);
+    const std::shared_ptr<StatementObserver> observer = GetStatementObserver();
+    if (left_out_ && observer != nullptr && !observer->MayLeaveOutCompaction(path_.c_str())) {
+      left_out_.reset();
+    }
     if (error.Failed() || left_out_) {
       return error;
     }

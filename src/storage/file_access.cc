@@ -291,8 +291,11 @@ FileGuard::FileGuard(ConnectionFiles& files) noexcept : former_(FilesOfThread())
 
 FileGuard::~FileGuard() { SetFilesOfThread(former_); }
 
-bool CanOpen(const std::string& name, int flags) {
+bool CanOpen(const std::string& name, bool read_only) {
   constexpr std::size_t kLongestSuffix = 8;
+  // These alone: with any other, SQLite would not know the file for a database, and closing it would drop the locks
+  // that the process holds on it (https://www.sqlite.org/howtocorrupt.html#posix_advisory_locks).
+  const int flags = SQLITE_OPEN_MAIN_DB | (read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
   sqlite3_vfs* const vfs = sqlite3_vfs_find(GuardedVfs());
   if (vfs == nullptr) {
     return false;
@@ -306,8 +309,7 @@ bool CanOpen(const std::string& name, int flags) {
       sqlite3_create_filename(full.c_str(), "", "", 0, nullptr), &sqlite3_free_filename);
   const std::unique_ptr<void, decltype(&sqlite3_free)> memory(sqlite3_malloc(vfs->szOsFile), &sqlite3_free);
   auto* const file = static_cast<sqlite3_file*>(memory.get());
-  if (file_name == nullptr || file == nullptr ||
-      vfs->xOpen(vfs, file_name.get(), file, flags | SQLITE_OPEN_MAIN_DB, nullptr) != SQLITE_OK) {
+  if (file_name == nullptr || file == nullptr || vfs->xOpen(vfs, file_name.get(), file, flags, nullptr) != SQLITE_OK) {
     return false;
   }
   return file->pMethods->xClose(file) == SQLITE_OK;

@@ -93,9 +93,7 @@ void LetOpeningWait(sqlite3_vfs& platform);
 
 /// Whether SQLite can open the database at this moment: opens it as a connection does and closes it again, without what
 /// makes a connection dear. That a connection fails is for it to say.
-///
-/// @param flags of `sqlite3_open_v2`.
-[[nodiscard]] bool CanOpen(const std::string& name, int flags);
+[[nodiscard]] bool CanOpen(const std::string& name, bool read_only);
 
 /// The name of SQLite's operating-system interface (https://www.sqlite.org/vfs.html) that keeps to `ConnectionFiles`.
 /// It stands on the one that is the default when it is asked for; the open files are that one's own, so reading and

@@ -17,6 +17,8 @@ void StatementObserver::OnStart(const StatementRecord& /*statement*/) noexcept {
 
 void StatementObserver::OnProgress(const StatementRecord& /*statement*/) noexcept {}
 
+bool StatementObserver::MayLeaveOutCompaction(const char* /*database_path*/) noexcept { return true; }
+
 std::shared_ptr<StatementObserver> SetStatementObserver(std::shared_ptr<StatementObserver> observer) {
   const std::lock_guard lock(mutex);
   return std::exchange(registered, std::move(observer));

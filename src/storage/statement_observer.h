@@ -48,6 +48,9 @@ class CORVO_STORAGE_API StatementObserver {
   /// nor while a lock is waited for.
   virtual void OnProgress(const StatementRecord& statement) noexcept;
 
+  /// Asked before the options of the storage leave a compaction out; false has it made. True unless overridden.
+  [[nodiscard]] virtual bool MayLeaveOutCompaction(const char* database_path) noexcept;
+
   /// Called when the statement has ended, whatever the outcome.
   virtual void OnEnd(const StatementRecord& statement) noexcept = 0;
 };

@@ -54,6 +54,10 @@ struct StorageOptions {
   /// bytes, in percent from 0 to 100: free pages / pages. It then succeeds without a write, and the observer is told
   /// (`StatementRecord::left_out`). A damaged file still fails. 0, the default, always compacts. Costs nothing: the two
   /// counts stand on the first page.
+  ///
+  /// For a host that sees to it that what a size limit has trimmed is compacted (`StatementObserver`'s
+  /// `MayLeaveOutCompaction`): a pass measures by the file, which only compaction makes smaller, so every further pass
+  /// would trim the same tables again.
   double compact_when_free = 0;
 
   /// Whether bytes that lie unused within pages count for `compact_when_free` as well. Costs one reading of the file.
@@ -61,7 +65,8 @@ struct StorageOptions {
   /// default.
   bool count_unused_bytes = false;
 
-  /// Compaction that would write more bytes than this, those of the pages in use, is left out likewise. Each of them is
+  /// Compaction that would write more bytes than this, those of the pages in use, is left out likewise, with the same
+  /// care for size limits. Each of them is
   /// written to a temporary file and then to the database, beside what goes to the journal. 0, the default, is without
   /// limit.
   std::int64_t compaction_limit = 0;

@@ -38,7 +38,7 @@ TEST(CompactionRate, DoesNotCountCompactionsThatWereLeftOut) {
   EXPECT_EQ(CompactionRate({Compacted(0, 1), Compacted(5'000, 1)}), 5'000);
 }
 
-TEST(CompactionRate, IsThatOfTheLastRunThatWentByOneWhereNoneIsRecorded) {
+TEST(CompactionRate, IsThatOfTheLastTrialWhereNoneIsRecorded) {
   RunRecord first;
   first.compaction_rate = 1'000;
   RunRecord second;
@@ -51,6 +51,17 @@ TEST(CompactionRate, GoesByTheNewestRuns) {
   std::vector<RunRecord> runs(100, Compacted(1'000, 1));
   runs.insert(runs.end(), 20, Compacted(7'000, 1));
   EXPECT_EQ(CompactionRate(runs), 7'000);
+}
+
+// When all compactions are left out, no better rate comes.
+TEST(CompactionRate, IsForgottenAfterTwentyRuns) {
+  RunRecord tried;
+  tried.compaction_rate = 1'000;
+  std::vector<RunRecord> runs = {Compacted(5'000, 1), tried};
+  runs.insert(runs.end(), 19, RunRecord());
+  EXPECT_EQ(CompactionRate(runs), 1'000);
+  runs.emplace_back();
+  EXPECT_EQ(CompactionRate(runs), std::nullopt);
 }
 
 }  // namespace

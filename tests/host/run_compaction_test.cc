@@ -130,6 +130,24 @@ TEST_F(RunCompaction, PromisesNoFreePagesOnlyWhenItIsMade) {
   EXPECT_EQ(TheDatabase(Command({"verify", "--json"}))["promises"]["no_free_pages"], "kept");
 }
 
+TEST_F(RunCompaction, IsNothingThatARunPromisesWhoseOptionsCouldLeaveItOut) {
+  ASSERT_EQ(Run({"--compact-when-free", "50"}).exit_code, 0);
+  {
+    Database other(file_);
+    other.Run("BEGIN IMMEDIATE");
+    ASSERT_EQ(Run({"--compact-when-free", "50", "--busy-timeout", "0"}).exit_code, 1);
+  }
+  const json verified = TheDatabase(Command({"verify", "--json"}));
+  EXPECT_EQ(verified["promises"]["cleaned"], "broken");
+  EXPECT_EQ(verified["promises"]["no_free_pages"], "none");
+}
+
+TEST_F(RunCompaction, OfOnePassIsNotForgottenForTheNextThatLeavesItOut) {
+  const json database = TheDatabase(Run({"--compact-when-free", "5", "--passes", "2", "--json"}));
+  EXPECT_EQ(database["not_compacted"], nullptr);
+  EXPECT_EQ(FreePages(), 0);
+}
+
 TEST_F(RunCompaction, IsShownInAReportWhenItWasLeftOut) {
   ASSERT_EQ(Run({"--max-stall", "0"}).exit_code, 0);
   const std::string page = folder_ / "page.html";
@@ -147,6 +165,32 @@ TEST_F(RunCompaction, HasOptionsWithinTheirRange) {
                                                 {"--max-stall", "86401"}}) {
     EXPECT_EQ(Run(words).exit_code, 2) << words[1];
   }
+}
+
+// Sizes are measured by the file, which nothing but compaction makes smaller.
+class SizeLimitOfARun : public RunTest {
+ protected:
+  [[nodiscard]] std::int64_t RowsLeft() { return Database(File("DeviceProfileEvents.db")).Count("DeviceEvents"); }
+};
+
+TEST_F(SizeLimitOfARun, TrimsOnceWhateverLeavesCompactionOut) {
+  Generate("1");
+  const HostRun first = Run({"--max-stall", "0", "--compact-when-free", "100"});
+  ASSERT_EQ(first.exit_code, 0) << first.err;
+  EXPECT_THAT(first.out, HasSubstr("Not compacted: Cache"));
+  EXPECT_THAT(first.out, Not(HasSubstr("DeviceProfileEvents (")));
+  const std::int64_t rows = RowsLeft();
+  const json second = Run({"--max-stall", "0", "--compact-when-free", "100", "--json"}).Json();
+  EXPECT_EQ(RowsLeft(), rows);
+  EXPECT_EQ(second["passes"][0]["rows_deleted"], 0);
+}
+
+TEST_F(SizeLimitOfARun, TrimsInSeveralPassesNoMoreThanWithEachCompaction) {
+  Generate("1");
+  fs::copy(data_, folder_ / "plain");
+  ASSERT_EQ(RunHost({"run", "--passes", "3", "--data-dir", folder_ / "plain"}).exit_code, 0);
+  ASSERT_EQ(Run({"--max-stall", "0", "--passes", "3"}).exit_code, 0);
+  EXPECT_EQ(RowsLeft(), Database(folder_ / "plain/DeviceProfileEvents.db").Count("DeviceEvents"));
 }
 
 }  // namespace

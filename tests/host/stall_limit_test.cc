@@ -44,9 +44,15 @@ TEST_F(StallLimits, OfNoTimeLetNothingBeCompacted) {
 
 TEST(StallLimitReason, HasFiguresThatFitItsSize) {
   const StallLimit limit{.seconds = 0.001, .bytes_per_second = 1'000};
-  EXPECT_EQ(limit.Reason(50), "it would take less than 0.1 s, --max-stall is 0.001 s");
-  EXPECT_EQ(limit.Reason(2'340), "it would take about 2.3 s, --max-stall is 0.001 s");
+  EXPECT_EQ(limit.Reason(50), "it would take about 0.05 s, --max-stall is 0.001 s");
+  EXPECT_EQ(limit.Reason(2'340), "it would take about 2.4 s, --max-stall is 0.001 s");
   EXPECT_EQ(limit.Reason(1'234'567), "it would take about 1235 s, --max-stall is 0.001 s");
+}
+
+TEST(StallLimitReason, IsThatOfAnUnknownTimeWhereNoTrialCouldBeMade) {
+  const StallLimit limit{.seconds = 5};
+  EXPECT_EQ(limit.Reason(50), "how long it would take is not known, --max-stall is 5 s");
+  EXPECT_EQ(limit.Bytes(), 1);
 }
 
 TEST(StallLimitBytes, FitTheirTypeWhateverTheLimit) {

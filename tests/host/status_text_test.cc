@@ -55,7 +55,8 @@ DatabaseState FullDatabase(const std::string& name) {
 /// The lines that tell of the log of a database.
 std::string TextWithLog(std::int64_t bytes) {
   DirectoryState state{.directory = "/data", .directory_source = "default", .now = kNow};
-  state.databases = {{.name = "HealthLog", .path = "HealthLog.db", .file_bytes = 5'000'000, .wal_bytes = bytes}};
+  state.databases = {
+      {.name = "HealthLog", .path = "HealthLog.db", .file_bytes = 5'000'000, .wal_bytes = bytes, .page_bytes = 4'096}};
   return StatusText(state, false, {.width = 80});
 }
 

@@ -65,10 +65,10 @@ void AddWhatToClean(CLI::App& command, RunOptions& options) {
             1'000'000);
   command.add_flag("--keep-going", options.keep_going,
                    "Take each database on its own: when one fails, the others still get their turn");
-  AddNumber(command,
-            {"--compact-when-free", "PERCENT", "Compact only where at least this share of the file is free; 0 always"},
+  AddNumber(command, {"--compact-when-free", "PERCENT", "Compact only where at least this share of the file is free"},
             options.compact_when_free, 0.0, 100.0);
-  AddNumber(command, {"--max-stall", "SECONDS", "Leave out a compaction that would take longer; 0 each one"},
+  AddNumber(command,
+            {"--max-stall", "SECONDS", "Leave out a compaction that would take longer; 0: each one; not given: none"},
             options.max_stall, 0.0, 86'400.0);
   command.add_flag("--exit-code", options.exit_code,
                    "Of a plan: end with code 3 when something would be deleted, 0 when nothing would");
@@ -103,6 +103,11 @@ std::string Notes() {
       "without the missing tables that every pass forgives; for a file it is {}.\n",
       kDefaultLogLevel, kDefaultLogFileLevel);
 }
+
+constexpr const char* kCompactionNote =
+    "Compaction writes a database anew without what is free in it, and keeps others from writing meanwhile. Where "
+    "--compact-when-free or --max-stall leave it out, the file stays as large as it is. What was trimmed for its size "
+    "limit is always compacted. The first run with --max-stall compacts a sample of 8 MB to see how long it takes.\n";
 
 constexpr const char* kExitCodeNote =
     "With --exit-code: 3 when something would be deleted, 0 when nothing would; 1 when a database cannot be planned "
@@ -164,13 +169,10 @@ ExitCode ExitCodeOf(const RunReport& report, const RunOptions& options) {
 }
 
 /// Another run may need it; it is not worth failing for.
-void Remember(const RunReport& report, std::int64_t start, double compaction_rate) {
+void Remember(RunRecord record, const fs::path& directory) {
   try {
-    RunRecord record = RecordOf(report);
-    record.start = start;
-    record.compaction_rate = compaction_rate;
     record.end = std::time(nullptr);
-    AddToHistory(report.directory, record);
+    AddToHistory(directory, record);
   } catch (const std::runtime_error& failure) {
     Tell(fmt::format("this run is missing from the history: {}", failure.what()));
   }
@@ -208,7 +210,11 @@ class Work {
     const std::int64_t start = std::time(nullptr);
     RunReport report = Signed(Run(module_.Module(), run_));
     if (!report.databases.empty()) {
-      Remember(report, start, run_.stall.bytes_per_second);
+      RunRecord record = RecordOf(report);
+      record.start = start;
+      record.compaction_rate = run_.stall.tried;
+      record.compaction_optional = options_.compact_when_free > 0 || options_.max_stall;
+      Remember(std::move(record), report.directory);
     }
     return report;
   }
@@ -225,14 +231,10 @@ class Work {
   }
 
   void FindStallLimitOnce(double seconds) {
-    if (run_.stall.bytes_per_second > 0) {
-      return;
-    }
-    try {
+    const bool nothing_to_do = DatabasesOf(run_, ReadCatalogue()).empty();
+    if (run_.stall.seconds == 0 && !nothing_to_do) {
       run_.stall = FindStallLimit(seconds, run_.directory);
-    } catch (const CommandFailure&) {
       RequireNoInterruption();
-      throw;
     }
   }
 
@@ -291,8 +293,9 @@ Action AddRun(CLI::App& app) {
           {{"run --data-dir try", "clean all databases"},
            {"run --data-dir try --database HealthLog --json", "one of them, for a program"},
            {"run --data-dir try --max-loss 50", "nothing at all, if a table would lose more than half of its rows"},
+           {"run --data-dir try --compact-when-free 20", "without writing all of a file anew for little"},
            {"run --data-dir try --keep-going --quiet", "for a nightly job: tells of failures only"}},
-          Notes() + kExitCodeNote);
+          Notes() + kCompactionNote + kExitCodeNote);
   return AddTo(command, options);
 }
 
@@ -305,7 +308,7 @@ Action AddPlan(CLI::App& app) {
           {{"plan --data-dir try", "what a run would delete now"},
            {"plan --data-dir try --database HealthLog", "from one database"},
            {"plan --data-dir try --exit-code --quiet", "for scripts: exit code 3 when something would go"}},
-          kPlanNote + Notes() + kExitCodeNote);
+          kPlanNote + Notes() + kCompactionNote + kExitCodeNote);
   return AddTo(command, options);
 }
 

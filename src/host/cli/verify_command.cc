@@ -28,8 +28,8 @@ constexpr const char* kFooter =
     "  NONE TOO OLD   no row was older than its table allows when the run began\n"
     "  WITHIN LIMITS  no table has more rows than its row limit less 10 percent\n"
     "  NOTHING LOST   no row is gone that no rule named\n"
-    "ok: it is so; BROKEN: it is not; not yet: it is not, and no run is on record; ?: it cannot be told; -: there is "
-    "no such limit. NEW ROWS came in since the run "
+    "ok: it is so; BROKEN: it is not; not yet: it is not, and no run is on record; ?: it cannot be told; -: nothing is "
+    "promised, as there is no such limit or compaction was left out. NEW ROWS came in since the run "
     "and count for no limit. While a run is at work, what it has not finished can look broken; standard error then "
     "names the run. Ends with code 3 when a promise is broken, or, "
     "before the first run, when rows are beyond a limit.\n";

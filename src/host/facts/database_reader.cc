@@ -69,11 +69,12 @@ class DatabaseReader {
  private:
   common::Error ReadPages() {
     shared::Rows rows;
-    common::Error error = RunStatement(storage_,
-                                       "SELECT page_count * page_size, freelist_count * page_size, journal_mode "
-                                       "FROM pragma_page_count, pragma_freelist_count, pragma_page_size, "
-                                       "pragma_journal_mode",
-                                       &rows);
+    common::Error error =
+        RunStatement(storage_,
+                     "SELECT page_count * page_size, freelist_count * page_size, journal_mode, page_size "
+                     "FROM pragma_page_count, pragma_freelist_count, pragma_page_size, "
+                     "pragma_journal_mode",
+                     &rows);
     std::int64_t auto_vacuum = 0;
     if (!error.Failed()) {
       error = AskNumber(storage_, "PRAGMA auto_vacuum", auto_vacuum);
@@ -84,6 +85,7 @@ class DatabaseReader {
       database_.free_bytes = NumberIn(rows[0][1]);
       database_.live_bytes = content_bytes_ - database_.free_bytes;
       logged_ = std::string_view(rows[0][2].GetColumnValue()) == "wal";
+      database_.page_bytes = NumberIn(rows[0][3]);
     }
     return error;
   }

@@ -51,6 +51,7 @@ struct DatabaseState {
   std::int64_t file_bytes = 0;
   std::int64_t wal_bytes = 0;
   std::int64_t live_bytes = 0;  ///< of pages in use
+  std::int64_t page_bytes = 0;  ///< of one page
   std::int64_t free_bytes = 0;  ///< of free pages, which the next compaction gives back
   std::uint32_t engine_mb = 0;  ///< its size as the engine measures it: the sum of its tables, else that of the file
   double trim_factor = 0;       ///< the share of its rows that each table would lose to the size limit; 0: none

@@ -76,7 +76,7 @@ struct DatabaseReport {
   double compaction_seconds = 0;
   int compactions = 0;                                  ///< one a pass, but for those that were left out
   std::int64_t compacted_bytes = 0;                     ///< that these wrote
-  std::optional<LeftOutCompaction> not_compacted = {};  ///< by the last pass; none when it was compacted
+  std::optional<LeftOutCompaction> not_compacted = {};  ///< by every pass; none when one compacted it
 
   [[nodiscard]] Deleted DeletedRows() const;
 };

@@ -78,7 +78,7 @@ void RemoveAbandonedCopies(const fs::path& place) {
   std::vector<fs::path> folders;
   std::error_code unreadable;
   for (fs::directory_iterator entry(place, unreadable), end; !unreadable && entry != end; entry.increment(unreadable)) {
-    if (common::Utf8(entry->path().filename()).starts_with(PrivateDirectory::kPrefix)) {
+    if (entry->path().filename().native().starts_with(fs::path(PrivateDirectory::kPrefix).native())) {
       folders.push_back(entry->path());
     }
   }

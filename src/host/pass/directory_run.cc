@@ -126,11 +126,13 @@ class Passes {
       }
     }
     database.compaction_seconds += visit.compaction_seconds;
-    database.not_compacted = visit.left_out ? std::optional(WhyNotCompacted(*visit.left_out)) : std::nullopt;
     if (!visit.compacted || visit.failure) {
       database.problem = WhyNotCleaned(result.outcome, visit);
     } else if (!visit.left_out) {
       ++database.compactions;
+      database.not_compacted.reset();
+    } else if (database.compactions == 0) {
+      database.not_compacted = WhyNotCompacted(*visit.left_out);
     }
   }
 

@@ -19,8 +19,8 @@ namespace {
 
 using Step = StatementKind::Step;
 
-std::string FileName(const shared::StatementRecord& statement) {
-  return common::Utf8(std::filesystem::path(statement.database_path).filename());
+std::string FileName(const char* database_path) {
+  return common::Utf8(std::filesystem::path(database_path).filename());
 }
 
 std::string DatabaseName(const shared::StatementRecord& statement) {
@@ -78,6 +78,16 @@ void PassWatcher::Show(const shared::StatementRecord& statement) {
                 .since = statement.end > statement.start ? std::optional(statement.start) : std::nullopt});
 }
 
+bool PassWatcher::MayLeaveOutCompaction(const char* database_path) noexcept {
+  try {
+    const std::lock_guard lock(mutex_);
+    const auto visit = visits_.find(FileName(database_path));
+    return !incomplete_ && visit != visits_.end() && !visit->second.size_limit_acts;
+  } catch (...) {
+    return false;  // Without memory to see, what is always right.
+  }
+}
+
 void PassWatcher::OnEnd(const shared::StatementRecord& statement) noexcept {
   try {
     Note(statement);
@@ -92,7 +102,7 @@ void PassWatcher::OnEnd(const shared::StatementRecord& statement) noexcept {
 void PassWatcher::Note(const shared::StatementRecord& statement) {
   const StatementKind kind = KindOf(statement.sql);
   const std::lock_guard lock(mutex_);
-  Visit& visit = visits_[FileName(statement)];
+  Visit& visit = visits_[FileName(statement.database_path)];
   const std::chrono::duration<double> seconds = statement.end - statement.start;
   (kind.step == Step::kCompact ? visit.compaction_seconds : visit.seconds[kind.table]) += seconds.count();
   if (shared::IsMissingTable(statement.result)) {
@@ -107,6 +117,9 @@ void PassWatcher::Note(const shared::StatementRecord& statement) {
     AddTo(visit, kind, statement.rows_changed);
     rows_deleted_ += statement.rows_changed;
   }
+  // Rows are counted once more only when the size limit is reached.
+  visit.size_limit_acts =
+      visit.size_limit_acts || (visit.measured && (kind.step == Step::kCount || kind.step == Step::kTrim));
   visit.measured = visit.measured || kind.step == Step::kMeasure;
   if (statement.left_out != nullptr) {
     visit.left_out = *statement.left_out;

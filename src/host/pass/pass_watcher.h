@@ -18,14 +18,17 @@ struct Visit {
   double compaction_seconds = 0;
   std::optional<FailedStatement> failure;  ///< the last one, a missing table aside
   bool measured = false;                   ///< its size was asked for: trimming is for the size limit from then on
+  bool size_limit_acts = false;            ///< its tables are trimmed for the size limit
   bool compacted = false;  ///< the last thing that a pass does to a database, also when the options left it out
   std::optional<shared::LeftOutCompaction> left_out;  ///< by the options
 };
 
 /// Watches the statements of a pass: what each of them deleted and by which rule, from its own count, which database
 /// failed, and which was visited to the end. Logs each statement at the level of debugging, and shows on a terminal
-/// which one runs. Missing tables, and what the user
-/// interrupted, are spared in the log (`SpareInLog`).
+/// which one runs. Missing tables, and what the user interrupted, are spared in the log (`SpareInLog`).
+///
+/// What was trimmed for its size limit is compacted, whatever the options of the storage leave out: only that makes the
+/// file smaller, by which the next pass measures, and would trim again.
 class PassWatcher : public shared::StatementObserver {
  public:
   /// @param databases how many databases the pass is for, for the share done that is shown; 0 shows nothing.
@@ -36,6 +39,7 @@ class PassWatcher : public shared::StatementObserver {
 
   void OnStart(const shared::StatementRecord& statement) noexcept override;
   void OnProgress(const shared::StatementRecord& statement) noexcept override;
+  [[nodiscard]] bool MayLeaveOutCompaction(const char* database_path) noexcept override;
   void OnEnd(const shared::StatementRecord& statement) noexcept override;
 
   /// By file name: what was watched until now; nothing when any of it could not be recorded.

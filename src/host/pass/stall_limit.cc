@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <fstream>
 #include <optional>
 #include <stdexcept>
@@ -11,9 +12,9 @@
 
 #include "host/facts/query.h"
 #include "host/facts/record/compaction_rate.h"
+#include "host/pass/copy_folder.h"
 #include "host/platform/platform.h"
-#include "host/platform/private_directory.h"
-#include "host/show/failure.h"
+#include "host/show/standard_error.h"
 #include "storage/storage_options.h"
 #include "storage/telemetry_storage.h"
 
@@ -39,7 +40,8 @@ void Require(const common::Error& error) {
 
 /// An empty file is an empty database.
 double RateOfATrial(const fs::path& place) {
-  const PrivateDirectory folder(place);
+  RemoveAbandonedCopies(place);
+  const CopyFolder folder(place);
   const fs::path file = folder.Path() / "Trial.db";
   std::ofstream(file).flush();
   const shared::StorageOptionsScope always_compacting{shared::StorageOptions()};
@@ -56,21 +58,24 @@ double RateOfATrial(const fs::path& place) {
   return static_cast<double>(fs::file_size(file)) / std::max(seconds.count(), kTick);
 }
 
+/// 0 when there is no room for a trial, say: then no time can be foretold, and nothing is compacted.
 double TriedRate() {
   try {
     return RateOfATrial(SqliteTemporaryDirectory());
   } catch (const std::runtime_error& failure) {
-    throw CommandFailure(kPassFailed,
-                         fmt::format("--max-stall: cannot find out how fast databases are compacted here: {}; name "
-                                     "another place with the environment variable SQLITE_TMPDIR",
-                                     failure.what()));
+    Tell(
+        fmt::format("--max-stall: how fast databases are compacted here cannot be found out: {}; name another place "
+                    "with the environment variable SQLITE_TMPDIR",
+                    failure.what()));
+    return 0;
   }
 }
 
+/// Whole seconds or two digits, rounded up: what is beyond a limit is not to look as if it kept to it.
 std::string About(double seconds) {
-  constexpr double kTenth = 0.1;
   constexpr double kLong = 10;
-  return seconds < kTenth ? "less than 0.1 s" : fmt::format("about {:.{}f} s", seconds, seconds < kLong ? 1 : 0);
+  const double digit = seconds < kLong ? std::pow(kLong, std::floor(std::log10(seconds)) - 1) : 1;
+  return fmt::format("about {:g} s", std::ceil(seconds / digit) * digit);
 }
 
 }  // namespace
@@ -85,16 +90,25 @@ double StallLimit::SecondsFor(std::int64_t bytes) const {
 }
 
 std::string StallLimit::Reason(std::int64_t bytes) const {
-  const std::string limit = fmt::format("--max-stall is {} s", seconds);
-  return seconds > 0 ? fmt::format("it would take {}, {}", About(SecondsFor(bytes)), limit) : limit;
+  const std::string limit = fmt::format("--max-stall is {:g} s", seconds);
+  if (seconds == 0) {
+    return limit;
+  }
+  return fmt::format(
+      "{}, {}",
+      bytes_per_second > 0 ? "it would take " + About(SecondsFor(bytes)) : "how long it would take is not known",
+      limit);
 }
 
 StallLimit FindStallLimit(double seconds, const fs::path& directory) {
   if (!(seconds > 0)) {
     return {};
   }
-  const std::optional<double> recorded = RecordedRate(directory);
-  return {seconds, recorded ? *recorded : TriedRate()};
+  if (const std::optional<double> recorded = RecordedRate(directory)) {
+    return {.seconds = seconds, .bytes_per_second = *recorded};
+  }
+  const double tried = TriedRate();
+  return {.seconds = seconds, .bytes_per_second = tried, .tried = tried};
 }
 
 }  // namespace corvo::telemetry::host

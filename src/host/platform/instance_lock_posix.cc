@@ -156,7 +156,8 @@ std::string InstanceLock::WhoHolds(const fs::path& directory) {
   const Descriptor file(open((directory / kFileName).c_str(), kFlags));
   struct stat status {};
   const bool is_file = file.Number() >= 0 && fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode);
-  return is_file ? Signer(file) : std::string();
+  const bool is_ours = is_file && (status.st_uid == geteuid() || status.st_uid == 0);
+  return is_ours ? Signer(file) : std::string();
 }
 
 }  // namespace corvo::telemetry::host

@@ -131,9 +131,12 @@ std::optional<InstanceLock> InstanceLock::TryTake(const fs::path& directory, std
 std::string InstanceLock::WhoHolds(const fs::path& directory) {
   const std::string signature = Signature(directory / kFileName);
   const unsigned long number = signature.empty() ? 0 : std::strtoul(signature.c_str() + kSignature.size(), nullptr, 10);
-  HANDLE process = number == 0 ? nullptr : OpenProcess(SYNCHRONIZE, FALSE, number);
-  if (process == nullptr) {
+  if (number == 0) {
     return {};
+  }
+  HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, number);
+  if (process == nullptr) {
+    return GetLastError() == ERROR_ACCESS_DENIED ? signature : std::string();
   }
   const Handle closed_at_the_end(process);
   return WaitForSingleObject(process, 0) == WAIT_TIMEOUT ? signature : std::string();

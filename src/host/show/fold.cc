@@ -1,6 +1,7 @@
 #include "host/show/fold.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "host/show/text_table.h"
 
@@ -32,6 +33,15 @@ std::string Indented(const std::string& text, std::size_t margin, std::size_t wi
     indented += std::string(margin, ' ') + line + "\n";
   }
   return indented;
+}
+
+std::string FoldedLines(const std::string& text, std::size_t width) {
+  std::istringstream lines(text);
+  std::string folded;
+  for (std::string line; std::getline(lines, line);) {
+    folded += TextWidth(line) <= width ? line + "\n" : Indented(line, 0, width);
+  }
+  return folded;
 }
 
 }  // namespace corvo::telemetry::host

@@ -17,4 +17,7 @@ namespace corvo::telemetry::host {
 /// @param width in columns, the margin included.
 [[nodiscard]] std::string Indented(const std::string& text, std::size_t margin, std::size_t width);
 
+/// Each line of the text folded for itself, with a line feed at its end. One that is narrow enough stays as it is.
+[[nodiscard]] std::string FoldedLines(const std::string& text, std::size_t width);
+
 }  // namespace corvo::telemetry::host

@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <memory>
-#include <sstream>
 #include <utility>
 
 #include "host/show/failure.h"
@@ -66,15 +65,6 @@ std::string CommandList(const CLI::App& app) {
   return text.empty() ? "" : "\nCommands:\n" + text;
 }
 
-std::string FoldedLines(const std::string& text) {
-  std::istringstream lines(text);
-  std::string folded;
-  for (std::string line; std::getline(lines, line);) {
-    folded += TextWidth(line) <= kWidth ? line + "\n" : Indented(line, 0, kWidth);
-  }
-  return folded;
-}
-
 // All of the text is made here, so that it is the same with every version of the parser.
 class HelpText : public CLI::FormatterBase {
  public:
@@ -86,7 +76,7 @@ class HelpText : public CLI::FormatterBase {
     const std::string footer = app->get_footer();
     return Indented(app->get_description() + ".", 0, kWidth) + Examples() + Usage(name, *app, words) +
            Section("Words", words) + Section("Options", options) + CommandList(*app) +
-           (footer.empty() ? "" : "\n" + FoldedLines(footer)) + "\n" + FoldedLines(kExitCodes);
+           (footer.empty() ? "" : "\n" + FoldedLines(footer, kWidth)) + "\n" + FoldedLines(kExitCodes, kWidth);
   }
 
  private:

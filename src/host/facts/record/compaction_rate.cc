@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace corvo::telemetry::host {
 namespace {
@@ -10,8 +11,10 @@ namespace {
 constexpr double kShortest = 0.05;  // seconds
 constexpr std::size_t kMost = 20;
 
+using Runs = std::span<const RunRecord>;
+
 /// Oldest first.
-std::vector<double> RatesOf(const std::vector<RunRecord>& runs) {
+std::vector<double> RatesOf(Runs runs) {
   std::vector<double> rates;
   for (const RunRecord& run : runs) {
     for (const DatabaseRecord& database : run.databases) {
@@ -23,7 +26,7 @@ std::vector<double> RatesOf(const std::vector<RunRecord>& runs) {
   return rates;
 }
 
-std::optional<double> LastUsed(const std::vector<RunRecord>& runs) {
+std::optional<double> LastTried(Runs runs) {
   const auto last =
       std::find_if(runs.rbegin(), runs.rend(), [](const RunRecord& run) { return run.compaction_rate > 0; });
   return last == runs.rend() ? std::nullopt : std::optional(last->compaction_rate);
@@ -32,9 +35,11 @@ std::optional<double> LastUsed(const std::vector<RunRecord>& runs) {
 }  // namespace
 
 std::optional<double> CompactionRate(const std::vector<RunRecord>& runs) {
-  std::vector<double> rates = RatesOf(runs);
+  // A rate that was taken at a bad moment can leave out every compaction that would show a better one: it ages.
+  const Runs newest = Runs(runs).last(std::min(runs.size(), kMost));
+  std::vector<double> rates = RatesOf(newest);
   if (rates.empty()) {
-    return LastUsed(runs);
+    return LastTried(newest);
   }
   rates.erase(rates.begin(), rates.end() - static_cast<std::ptrdiff_t>(std::min(rates.size(), kMost)));
   const auto middle = rates.begin() + static_cast<std::ptrdiff_t>(rates.size() / 2);

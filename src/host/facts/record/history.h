@@ -29,7 +29,7 @@ struct DatabaseRecord {
   std::int64_t bytes_before = 0;
   std::int64_t bytes_after = 0;
   double compaction_seconds = 0;
-  std::int64_t compacted_bytes = 0;  ///< that compaction wrote in this time
+  std::int64_t compacted_bytes = 0;  ///< that compaction wrote in this time, by the size after the last one
   std::string not_compacted = {};    ///< why compaction was left out on purpose; empty when it was not
   std::vector<TableRecord> tables = {};
 };
@@ -41,7 +41,8 @@ struct RunRecord {
   std::string result = {};  ///< empty: all was cleaned; else why not
   int signal = 0;           ///< by which the user ended it early; 0 when it ended by itself
   std::vector<DatabaseRecord> databases = {};
-  double compaction_rate = 0;  ///< by which it foretold the time of compactions, in bytes a second; 0: it did not
+  double compaction_rate = 0;        ///< of its trial, in bytes a second; 0: it made none
+  bool compaction_optional = false;  ///< options could leave it out
 
   [[nodiscard]] Deleted DeletedRows() const;
   [[nodiscard]] std::int64_t BytesFreed() const;  ///< negative when the files grew

@@ -97,7 +97,7 @@ DatabaseRecord ReadDatabase(const Json& object) {
                           .bytes_before = Count(object, "bytes_before"),
                           .bytes_after = Count(object, "bytes_after"),
                           .compaction_seconds = Seconds(object, "compaction_seconds")};
-  // Lines of former releases have neither, nor the rate of the run.
+  // Lines of former releases have neither, nor what the run says of compaction.
   if (object.contains("compacted_bytes")) {
     database.compacted_bytes = Count(object, "compacted_bytes");
     database.not_compacted = object.at("not_compacted").get<std::string>();
@@ -117,6 +117,7 @@ RunRecord ReadRun(const Json& object) {
                 .signal = static_cast<int>(Number(object, "signal", 0, 255))};
   if (object.contains("compaction_rate")) {
     run.compaction_rate = std::clamp(object.at("compaction_rate").get<double>(), 0.0, kFastest);
+    run.compaction_optional = object.at("compaction_optional").get<bool>();
   }
   for (const Json& database : object.at("databases")) {
     run.databases.push_back(ReadDatabase(database));
@@ -138,6 +139,7 @@ std::string HistoryLine(const RunRecord& run) {
                        {"result", Shortened(run.result)},
                        {"signal", run.signal},
                        {"compaction_rate", run.compaction_rate},
+                       {"compaction_optional", run.compaction_optional},
                        {"databases", std::move(databases)}};
   return record.dump(-1, ' ', false, Json::error_handler_t::replace);
 }

@@ -95,6 +95,7 @@ struct TableVerdict {
 struct LastRun {
   std::int64_t start = 0;  ///< of the run, in seconds since 1970-01-01 UTC
   DatabaseRecord database;
+  bool compaction_optional = false;  ///< options could leave it out
 
   /// Null when the run knew no such table.
   [[nodiscard]] const TableRecord* Find(const std::string& table) const;

@@ -16,7 +16,7 @@ std::optional<LastRun> LastRunOf(const std::string& database, const std::vector<
   for (const RunRecord& run : history) {
     for (const DatabaseRecord& record : run.databases) {
       if (record.name == database) {
-        last = LastRun{run.start, record};
+        last = LastRun{run.start, record, run.compaction_optional};
       }
     }
   }

@@ -25,7 +25,9 @@ std::vector<Timing> TimingsOf(const RunRecord& run) {
     for (const TableRecord& table : database.tables) {
       timings.push_back({database.name, table.table, false, table.seconds});
     }
-    timings.push_back({database.name, "Compaction", true, database.compaction_seconds});
+    if (database.not_compacted.empty()) {
+      timings.push_back({database.name, "Compaction", true, database.compaction_seconds});
+    }
   }
   std::erase_if(timings, [](const Timing& timing) { return !(timing.seconds > 0); });
   std::stable_sort(timings.begin(), timings.end(),

@@ -65,10 +65,10 @@ std::vector<std::string> ProblemLines(const DirectoryState& state) {
 /// SQLite takes a log of a thousand pages into the database, and writes it anew from its beginning. One that is much
 /// longer could not be, or was a single large transaction.
 std::vector<std::string> LogLines(const DirectoryState& state) {
-  constexpr std::int64_t kLongLog = 2'000 * std::int64_t{4'096};
+  constexpr std::int64_t kLongLog = 2'000;  // pages
   std::vector<std::string> lines;
   for (const DatabaseState& database : state.databases) {
-    if (database.wal_bytes > kLongLog) {
+    if (database.page_bytes > 0 && database.wal_bytes > kLongLog * database.page_bytes) {
       lines.push_back(
           fmt::format("{}: the log holds {} beside {}: it grows while a program reads without an end, and goes when no "
                       "program has the database open any more",

@@ -99,17 +99,6 @@ std::string Basis(const Verification& verification) {
   return unrecorded ? fmt::format("{}For some no run is recorded: {}", text, kUnrecorded) : text;
 }
 
-/// Each line for itself.
-std::string FoldedLines(const std::string& text, std::size_t width) {
-  std::string folded;
-  for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    folded += Indented(text.substr(begin, end - begin), 0, width);
-    begin = end + 1;
-  }
-  return folded;
-}
-
 /// What breaks the promises of a database, and what kept them from being seen.
 std::string Reasons(const DatabaseCheck& database, bool colour) {
   std::string text;
