@@ -90,7 +90,7 @@ double StallLimit::SecondsFor(std::int64_t bytes) const {
 }
 
 std::string StallLimit::Reason(std::int64_t bytes) const {
-  const std::string limit = fmt::format("--max-stall is {:g} s", seconds);
+  std::string limit = fmt::format("--max-stall is {:g} s", seconds);
   if (seconds == 0) {
     return limit;
   }
