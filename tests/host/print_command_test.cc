@@ -9,7 +9,6 @@ namespace corvo::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 using Words = std::vector<std::string>;
 
