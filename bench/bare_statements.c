@@ -89,7 +89,11 @@ static int RunLine(const char* directory, char* line, int equal) {
   }
   *tab = '\0';
   tab[1 + strcspn(tab + 1, "\n")] = '\0';
-  snprintf(path, sizeof path, "%s/%s", directory, line);
+  const int length = snprintf(path, sizeof path, "%s/%s", directory, line);
+  if (length < 0 || (size_t)length >= sizeof path) {
+    fprintf(stderr, "bare_statements: the path is too long: %s/%s\n", directory, line);
+    return 1;
+  }
   return RunStatement(path, tab + 1, equal);
 }
 
