@@ -19,18 +19,6 @@ struct Content {
   std::int64_t unused = 0;  ///< within the other pages
 };
 
-Error ReadNumber(sqlite3* handle, const char* query, std::int64_t& number) {
-  Statement statement;
-  if (Error error = Prepare(handle, query, statement); error.Failed()) {
-    return error;
-  }
-  if (sqlite3_step(statement.get()) != SQLITE_ROW) {
-    return Failure(handle);
-  }
-  number = sqlite3_column_int64(statement.get(), 0);
-  return {};
-}
-
 // Pragmas, and not the tables of their names, which a file can have for itself.
 Error Measure(sqlite3* handle, bool unused_too, Content& content) {
   std::int64_t page_size = 0;

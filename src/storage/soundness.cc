@@ -137,18 +137,6 @@ std::string Sql(const char* pattern, const Names&... names) {
   return text.get();
 }
 
-Error Count(sqlite3* handle, const std::string& sql, std::int64_t& count) {
-  Statement statement;
-  if (Error error = Prepare(handle, sql, statement); error.Failed()) {
-    return error;
-  }
-  if (sqlite3_step(statement.get()) != SQLITE_ROW) {
-    return Failure(handle);
-  }
-  count = sqlite3_column_int64(statement.get(), 0);
-  return {};
-}
-
 /// Every table for itself.
 Error CheckTables(sqlite3* handle) {
   constexpr int kMostFindings = 100;  // SQLite's own number
@@ -177,7 +165,8 @@ Error CheckStructure(sqlite3* handle) {
 Error CountEntries(sqlite3* handle, const char* table, const char* index, std::int64_t rows) {
   // The second column keeps SQLite from counting in an index of its own choice.
   std::int64_t entries = 0;
-  if (Error error = Count(handle, Sql("SELECT COUNT(*), 1 FROM main.\"%w\" INDEXED BY \"%w\"", table, index), entries);
+  if (Error error =
+          ReadNumber(handle, Sql("SELECT COUNT(*), 1 FROM main.\"%w\" INDEXED BY \"%w\"", table, index), entries);
       error.Failed()) {
     // An index over a function or a collation that this library lacks: nothing can change its table either.
     return error.code == SQLITE_ERROR ? Error() : error;
@@ -203,7 +192,7 @@ Error CheckIndexes(sqlite3* handle) {
   for (int index = 0; index < indexes.count && !error.Failed(); ++index) {
     const char* table = indexes[index][0].GetColumnValue();
     if (std::strcmp(counted, table) != 0) {
-      error = Count(handle, Sql("SELECT COUNT(*) FROM main.\"%w\" NOT INDEXED", table), rows);
+      error = ReadNumber(handle, Sql("SELECT COUNT(*) FROM main.\"%w\" NOT INDEXED", table), rows);
       counted = table;
     }
     if (!error.Failed()) {
@@ -220,7 +209,7 @@ Error CheckSchemaTexts(sqlite3* handle) {
       "SELECT COUNT(*) FROM main.sqlite_schema WHERE typeof(type) <> 'text' "
       "OR type NOT IN ('table', 'index', 'view', 'trigger') OR (sql IS NOT NULL AND substr(sql, 1, 7) <> 'CREATE ')";
   std::int64_t entries = 0;
-  Error error = Count(handle, kStrangeEntries, entries);
+  Error error = ReadNumber(handle, kStrangeEntries, entries);
   if (!error.Failed() && entries > 0) {
     error = Failure(ResultCode::kCorrupt, "the schema has an entry that SQLite did not write");
   }

@@ -185,4 +185,16 @@ Error Run(sqlite3_stmt* statement, const Parameters& parameters, Rows& results) 
   return error.Failed() ? error : Step(statement, results);
 }
 
+Error ReadNumber(sqlite3* handle, const std::string& sql, std::int64_t& number) {
+  Statement statement;
+  if (Error error = Prepare(handle, sql, statement); error.Failed()) {
+    return error;
+  }
+  if (sqlite3_step(statement.get()) != SQLITE_ROW) {
+    return Failure(handle);
+  }
+  number = sqlite3_column_int64(statement.get(), 0);
+  return {};
+}
+
 }  // namespace corvo::shared

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,5 +31,8 @@ using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
 
 /// Runs a prepared statement to its end. `results` gets its rows, and stays as it is on failure.
 [[nodiscard]] telemetry::common::Error Run(sqlite3_stmt* statement, const Parameters& parameters, Rows& results);
+
+/// The whole number that a query answers with in its first row; a query without a row is a failure.
+[[nodiscard]] telemetry::common::Error ReadNumber(sqlite3* handle, const std::string& sql, std::int64_t& number);
 
 }  // namespace corvo::shared

@@ -63,6 +63,7 @@ std::string GenerationJson(const Generation& generation, const CatalogueView& ca
   }
   return JsonText(document) + "\n";
 }
+
 std::string GenerationText(const Generation& generation, bool colour) {
   std::vector<TableLine> lines = {{{"DATABASE", "TABLES", "ROWS", "FILE SIZE"}, Tone::kStrong}};
   std::int64_t rows = 0;
