@@ -4,7 +4,6 @@
 
 #include <cstdint>
 
-#include "storage/failure.h"
 #include "storage/statement.h"
 
 namespace corvo::shared {
