@@ -3,7 +3,8 @@
  * bare_statements equal|defaults DIRECTORY FILE
  *
  * The file has "file name, tab, SQL" in each line. As a pass does, each statement gets a connection of its own. "equal"
- * sets the connection as the storage library does (src/storage/connection.cc), "defaults" leaves it as it is. */
+ * sets the connection as the storage library does (src/storage/connection/connection.cc), "defaults" leaves it as it
+ * is. */
 
 #include <sqlite3.h>
 #include <stdio.h>

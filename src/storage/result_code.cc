@@ -2,17 +2,12 @@
 
 #include <sqlite3.h>
 
-#include <string_view>
-
-#include "common/text.h"
-#include "storage/failure.h"
+#include "storage/connection/failure.h"
 
 namespace corvo::shared {
 namespace {
 
 using telemetry::common::Error;
-
-constexpr const char* kType = "sqlite3";
 
 constexpr bool Is(ResultCode code, int sqlite) { return static_cast<int>(code) == sqlite; }
 
@@ -28,55 +23,16 @@ static_assert(Is(ResultCode::kOk, SQLITE_OK) && Is(ResultCode::kError, SQLITE_ER
               Is(ResultCode::kConstraint, SQLITE_CONSTRAINT) && Is(ResultCode::kMismatch, SQLITE_MISMATCH) &&
               Is(ResultCode::kMisuse, SQLITE_MISUSE) && Is(ResultCode::kNoLargeFile, SQLITE_NOLFS) &&
               Is(ResultCode::kAuth, SQLITE_AUTH) && Is(ResultCode::kRange, SQLITE_RANGE) &&
-              Is(ResultCode::kNotADatabase, SQLITE_NOTADB));
-
-bool ReportsMissingTable(std::int64_t code, std::string_view what) {
-  return code == static_cast<std::int32_t>(ResultCode::kError) && what.starts_with(kMissingTableText);
-}
-
-/// Callers take any text with the words for a missing table for one: a message that only quotes them, from a name or a
-/// trigger of the file, must not keep them.
-std::string WithoutFalseMissingTable(int code, std::string what) {
-  if (!ReportsMissingTable(code, what)) {
-    for (std::size_t at = what.find(kMissingTableText); at != std::string::npos; at = what.find(kMissingTableText)) {
-      what.replace(at, kMissingTableText.size(), "(no such table)");
-    }
-  }
-  return what;
-}
-
-Error Record(int code, const std::string& what) {
-  Error error;
-  error.category = telemetry::common::EC_Custom;
-  error.code = code;
-  // SQLite quotes names from the file as they are; a record must be writable as JSON whatever the file holds.
-  error.what = telemetry::common::ValidUtf8(WithoutFalseMissingTable(code, what));
-  error.type = kType;
-  return error;
-}
+              Is(ResultCode::kNotADatabase, SQLITE_NOTADB) && Is(ResultCode::kDone, SQLITE_DONE));
 
 bool Reports(const Error& record, ResultCode code) noexcept {
-  return record.Failed() && record.type == kType && (record.code & 0xff) == static_cast<std::int32_t>(code);
+  return record.Failed() && record.type == kFailureType && (record.code & 0xff) == static_cast<std::int32_t>(code);
 }
 
 }  // namespace
 
-Error Failure(sqlite3* handle) {
-  const int code = sqlite3_extended_errcode(handle);
-  const std::string_view what = sqlite3_errmsg(handle);
-  // SQLite calls a schema malformed that has a text above the limit: the file is not damaged for that.
-  const bool too_big = (code & 0xff) == SQLITE_CORRUPT && what.ends_with(" - string or blob too big");
-  return Record(too_big ? SQLITE_TOOBIG : code, std::string(what));
-}
-
-Error Failure(ResultCode code, const std::string& detail) { return Failure(static_cast<int>(code), detail); }
-
-Error Failure(int extended_code, const std::string& detail) {
-  return Record(extended_code, std::string(sqlite3_errstr(extended_code)) + ": " + detail);
-}
-
 bool IsMissingTable(const Error& record) noexcept {
-  return record.type == kType && ReportsMissingTable(record.code, record.what);
+  return record.type == kFailureType && ReportsMissingTable(record.code, record.what);
 }
 
 bool IsBusy(const Error& record) noexcept {

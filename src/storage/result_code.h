@@ -11,30 +11,31 @@ namespace corvo::shared {
 /// whose low byte is one of these.
 enum class ResultCode : std::int32_t {
   kOk = 0,
-  kError = 1,         ///< wrong SQL, a missing table, or a schema that cannot be used
-  kInternal = 2,      ///< a fault in SQLite
-  kPermission = 3,    ///< access was refused
-  kAbort = 4,         ///< rolled back by an earlier failure
-  kBusy = 5,          ///< another connection holds the database locked
-  kLocked = 6,        ///< this connection holds the table locked
-  kNoMemory = 7,      ///< no memory, or the limit on SQLite's memory is reached
-  kReadOnly = 8,      ///< the file or its directory must not be written
-  kInterrupt = 9,     ///< ended by the time limit or by `InterruptStatements`
-  kIoError = 10,      ///< the operating system reported a failure of the disk
-  kCorrupt = 11,      ///< the file is damaged
-  kNotFound = 12,     ///< an unknown file control
-  kFull = 13,         ///< no space on the disk
-  kCannotOpen = 14,   ///< the file, its journal or a temporary file cannot be opened
-  kProtocol = 15,     ///< a race over the lock of a write-ahead log
-  kSchema = 17,       ///< the schema changed while the statement was prepared
-  kTooBig = 18,       ///< a value, row, statement or result above its limit
-  kConstraint = 19,   ///< a constraint or a trigger of the file refused the change
-  kMismatch = 20,     ///< a value of the wrong type
-  kMisuse = 21,       ///< a call that makes no sense
-  kNoLargeFile = 22,  ///< the system has no files of this size
-  kAuth = 23,         ///< the storage refuses to work on this schema
-  kRange = 25,        ///< a parameter that the statement does not have
-  kNotADatabase = 26  ///< the file is no SQLite database
+  kError = 1,          ///< wrong SQL, a missing table, or a schema that cannot be used
+  kInternal = 2,       ///< a fault in SQLite
+  kPermission = 3,     ///< access was refused
+  kAbort = 4,          ///< rolled back by an earlier failure
+  kBusy = 5,           ///< another connection holds the database locked
+  kLocked = 6,         ///< this connection holds the table locked
+  kNoMemory = 7,       ///< no memory, or the limit on SQLite's memory is reached
+  kReadOnly = 8,       ///< the file or its directory must not be written
+  kInterrupt = 9,      ///< ended by the time limit or by `InterruptStatements`
+  kIoError = 10,       ///< the operating system reported a failure of the disk
+  kCorrupt = 11,       ///< the file is damaged
+  kNotFound = 12,      ///< an unknown file control
+  kFull = 13,          ///< no space on the disk
+  kCannotOpen = 14,    ///< the file, its journal or a temporary file cannot be opened
+  kProtocol = 15,      ///< a race over the lock of a write-ahead log
+  kSchema = 17,        ///< the schema changed while the statement was prepared
+  kTooBig = 18,        ///< a value, row, statement or result above its limit
+  kConstraint = 19,    ///< a constraint or a trigger of the file refused the change
+  kMismatch = 20,      ///< a value of the wrong type
+  kMisuse = 21,        ///< a call that makes no sense
+  kNoLargeFile = 22,   ///< the system has no files of this size
+  kAuth = 23,          ///< the storage refuses to work on this schema
+  kRange = 25,         ///< a parameter that the statement does not have
+  kNotADatabase = 26,  ///< the file is no SQLite database
+  kDone = 101          ///< no row, or no further one, where one was needed
 };
 
 // What kind of failure a record reports. False for success and for records that are not about SQLite. Records may be

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "storage/connection.h"
-#include "storage/failure.h"
+#include "storage/connection/connection.h"
+#include "storage/connection/failure.h"
 
 namespace corvo::shared {
 

@@ -57,6 +57,8 @@ class CORVO_STORAGE_API StatementObserver {
 
 /// Registers the observer for the whole process in place of the former one, which is returned; null watches nothing.
 CORVO_STORAGE_API std::shared_ptr<StatementObserver> SetStatementObserver(std::shared_ptr<StatementObserver> observer);
+
+/// The one in force; null when none is registered. From any thread.
 [[nodiscard]] CORVO_STORAGE_API std::shared_ptr<StatementObserver> GetStatementObserver();
 
 /// An observer that is registered for as long as the object lives; then the former one returns, on every path.

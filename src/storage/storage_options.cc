@@ -7,7 +7,7 @@
 #include <mutex>
 #include <utility>
 
-#include "storage/file_access.h"
+#include "storage/connection/file_access.h"
 
 namespace corvo::shared {
 namespace {

@@ -14,16 +14,17 @@ namespace corvo::shared {
 struct StorageOptions {
   /// The directory of the telemetry databases, in the platform's narrow encoding. Empty, the default, is the
   /// environment variable CORVO_TELEMETRY_DATA_DIR, else c:\ProgramData\Corvo\Telemetry\Data\ on Windows and
-  /// /var/lib/corvo/telemetry/data/ elsewhere.
+  /// /var/lib/corvo/telemetry/data/ elsewhere. Costs nothing.
   std::string data_directory;
 
   /// The file names (HealthLog.db) of the databases that may be opened, exactly as they are asked for; every other one
   /// counts as not openable (`IsCannotOpen`), and its path is still given. None, the default, is all of them. For a
-  /// host that wants a pass to leave databases alone.
+  /// host that wants a pass to leave databases alone. Costs nothing.
   std::optional<std::set<std::string>> databases;
 
   /// How long a statement waits for a lock of another connection. A lock held longer is the statement's result
-  /// (`IsBusy`), not a reason to try again. Zero or less does not wait.
+  /// (`IsBusy`), not a reason to try again. Zero or less does not wait; five seconds is the default. Costs what it
+  /// waits, asleep.
   std::chrono::milliseconds busy_timeout{5000};
 
   /// How long one statement may run, the check of the file before it included, before it is ended and rolled back
@@ -32,7 +33,8 @@ struct StorageOptions {
   std::chrono::milliseconds statement_time_limit{0};
 
   /// Most bytes that SQLite may hold in the whole process, also in connections of the host's own; a statement that
-  /// needs more fails (`IsOutOfMemory`) and is rolled back. Zero, the default, leaves SQLite's limit as it is.
+  /// needs more fails (`IsOutOfMemory`) and is rolled back. Zero, the default, leaves SQLite's limit as it is. Costs
+  /// next to nothing: SQLite counts its memory anyway.
   std::int64_t memory_limit = 0;
 
   /// Whether a file is looked through before the first statement on it, so that nothing is written to a damaged one: a
@@ -44,6 +46,7 @@ struct StorageOptions {
   /// Whether files are opened for reading only: nothing is written to them or beside them, but for the marks of readers
   /// in the index of a write-ahead log that is there already. A statement that would write fails (`IsReadOnly`). Works
   /// in a directory that must not be written. For a host that only looks, also while collectors write. Off by default.
+  /// Costs nothing.
   ///
   /// A database in write-ahead mode without a log is read without locks, as nobody has it open; should somebody begin
   /// to write in that moment, the statement is `IsBusy`. A log that a killed program left behind without its index
@@ -66,13 +69,13 @@ struct StorageOptions {
   bool count_unused_bytes = false;
 
   /// Compaction that would write more bytes than this, those of the pages in use, is left out likewise, with the same
-  /// care for size limits. Each of them is
-  /// written to a temporary file and then to the database, beside what goes to the journal. 0, the default, is without
-  /// limit.
+  /// care for size limits. Each of them is written to a temporary file and then to the database, beside what goes to
+  /// the journal. 0, the default, is without limit. Costs as little as `compact_when_free`.
   std::int64_t compaction_limit = 0;
 
-  /// Whether triggers and views of the file work, as SQLite has them. On by default: honest databases keep full-text
-  /// indexes by triggers. Off, nothing is changed but what a statement names, and such indexes go stale.
+  /// Whether triggers and views of the file work, as SQLite has them. On by default: full-text indexes can be kept by
+  /// triggers. Off, nothing is changed but what a statement names, and such indexes go stale. Costs what the triggers
+  /// do.
   bool triggers_and_views = true;
 };
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <utility>
 
-#include "storage/connection.h"
-#include "storage/database_path.h"
-#include "storage/failure.h"
+#include "storage/connection/connection.h"
+#include "storage/connection/database_path.h"
+#include "storage/connection/failure.h"
 
 namespace corvo::shared {
 namespace {

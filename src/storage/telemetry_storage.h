@@ -14,19 +14,20 @@ namespace corvo::shared {
 
 /// One telemetry database.
 ///
-/// The file is opened for the first statement, for reading and writing, and never created. It is untrusted input, see
-/// `StorageOptions`: nothing is written to a damaged file, and anything but a regular file is refused. Objects are
-/// independent of each other; use each from one thread at a time. The destructor closes the database and deletes the
-/// commands that were executed on it.
+/// Construction tries whether the file can be opened (`GetLastError` tells); it is opened for good for the first
+/// statement, for reading and writing unless `StorageOptions::read_only` says otherwise, and never created. It is
+/// untrusted input, see `StorageOptions`: nothing is written to a damaged file, and anything but a regular file is
+/// refused. Objects are independent of each other; use each from one thread at a time. The destructor closes the
+/// database and deletes the commands that were executed on it.
 class CORVO_STORAGE_API TelemetryStorage {
  public:
-  /// Opens the database that the contract's `persistance` option names, in the data directory.
+  /// The database that the contract's `persistance` option names, in the data directory.
   ///
   /// @param contract a message whose type carries the option; a type without it, or null, cannot be resolved.
   /// @param text reserved, changes nothing.
   TelemetryStorage(const google::protobuf::Message* contract, const char* text);
 
-  /// Opens a database by its file name, in the data directory, or by a path with a directory part, as it stands.
+  /// A database by its file name, in the data directory, or by a path with a directory part, as it stands.
   ///
   /// @param database file name or path, in the platform's narrow encoding.
   /// @param text reserved, changes nothing.
@@ -40,6 +41,7 @@ class CORVO_STORAGE_API TelemetryStorage {
   [[nodiscard]] corvo::telemetry::common::Error GetLastError() const;
 
   /// File name with its extension, for example HealthLog.db; empty when it could not be resolved. Owned by the storage.
+  /// The spelling "DataBase" of these two is frozen: compiled hosts call them by it.
   [[nodiscard]] const char* GetDataBaseName() const;
 
   /// Full path of the file, whether it exists or not; empty when it could not be resolved. Owned by the storage.
@@ -49,7 +51,8 @@ class CORVO_STORAGE_API TelemetryStorage {
   ///
   /// @param flag reserved, changes nothing.
   /// @return success, or a record of category `EC_Custom` whose code is SQLite's extended result code
-  ///   (https://www.sqlite.org/rescode.html) and whose `what` begins with SQLite's own message; an exception inside
+  ///   (https://www.sqlite.org/rescode.html) and whose `what` begins with SQLite's own message (but for a table that
+  ///   only the schema names and that does not exist, as a missing table would read the same); an exception inside
   ///   becomes a record as `MakeErrorFromException` makes it.
   corvo::telemetry::common::Error Execute(ICommand* command, const bool& flag);
 

@@ -26,6 +26,9 @@ struct SourceFile {
 /// SQLite is seen by the sources of src/storage and by the one file that makes sample databases.
 [[nodiscard]] std::vector<std::string> StraySqliteIncludes(const SourceFile& file);
 
+/// What a connection is made of is the storage's own: its sources see it, its headers and other layers do not.
+[[nodiscard]] std::vector<std::string> StrayConnectionIncludes(const SourceFile& file);
+
 /// The operating system is seen by platform files alone (name_posix.cc, name_windows.cc).
 [[nodiscard]] std::vector<std::string> StrayPlatformCode(const SourceFile& file);
 

@@ -28,6 +28,10 @@ TEST(Layers, OnlyStorageSourcesAndTheSampleGeneratorSeeSqlite) {
   EXPECT_THAT(OffencesInTheProject(StraySqliteIncludes), IsEmpty());
 }
 
+TEST(Layers, OnlyStorageSourcesSeeWhatAConnectionIsMadeOf) {
+  EXPECT_THAT(OffencesInTheProject(StrayConnectionIncludes), IsEmpty());
+}
+
 TEST(Layers, OnlyPlatformFilesSeeTheOperatingSystem) {
   EXPECT_THAT(OffencesInTheProject(StrayPlatformCode), IsEmpty());
 }
@@ -58,7 +62,7 @@ TEST(LayerRules, AnIncludeOfAHigherFloorOfTheHostIsAnOffence) {
 TEST(LayerRules, AFileOfTheHostThatIsOnNoFloorIsAnOffence) {
   EXPECT_THAT(WrongWayFloors({"src/host/attic/old.cc", ""}), SizeIs(1));
   EXPECT_THAT(WrongWayFloors({"src/host/units.cc", ""}), SizeIs(1));
-  EXPECT_THAT(WrongWayFloors({"src/storage/connection.cc", "#include \"host/cli/commands.h\""}), IsEmpty());
+  EXPECT_THAT(WrongWayFloors({"src/storage/sql_command.cc", "#include \"host/cli/commands.h\""}), IsEmpty());
 }
 
 TEST(LayerRules, AHeaderWithoutItsFolderIsAnOffence) {
@@ -70,8 +74,17 @@ TEST(LayerRules, AFolderThatNoLayerNamesIsAnOffence) {
 }
 
 TEST(LayerRules, StorageHeadersMayNotIncludeSqliteButItsSourcesMay) {
-  EXPECT_THAT(StraySqliteIncludes({"src/storage/connection.h", "#include <sqlite3.h>"}), SizeIs(1));
-  EXPECT_THAT(StraySqliteIncludes({"src/storage/connection.cc", "#include <sqlite3.h>"}), IsEmpty());
+  EXPECT_THAT(StraySqliteIncludes({"src/storage/sql_command.h", "#include <sqlite3.h>"}), SizeIs(1));
+  EXPECT_THAT(StraySqliteIncludes({"src/storage/result_code.cc", "#include <sqlite3.h>"}), IsEmpty());
+  EXPECT_THAT(StraySqliteIncludes({"src/storage/connection/connection.cc", "#include <sqlite3.h>"}), IsEmpty());
+}
+
+TEST(LayerRules, AConnectionsInsideIsAnOffenceInTheStoragesHeadersAndInOtherLayers) {
+  const std::string text = "#include \"storage/connection/statement.h\"\n";
+  EXPECT_THAT(StrayConnectionIncludes({"src/storage/sql_command.h", text}), SizeIs(1));
+  EXPECT_THAT(StrayConnectionIncludes({"src/cleanup/expiry.cc", text}), SizeIs(1));
+  EXPECT_THAT(StrayConnectionIncludes({"src/storage/sql_command.cc", text}), IsEmpty());
+  EXPECT_THAT(StrayConnectionIncludes({"src/storage/connection/soundness.h", text}), IsEmpty());
 }
 
 TEST(LayerRules, PlatformHeadersAndConditionsBelongInPlatformFiles) {

@@ -8,7 +8,7 @@ file(RENAME "${work}/installed" "${work}/moved")
 
 # Headers that are not meant for others stay behind.
 file(GLOB_RECURSE headers RELATIVE "${work}/moved/include/corvo-telemetry" "${work}/moved/include/corvo-telemetry/*.h")
-foreach(internal IN ITEMS common/log.h common/timestamp_locale.h storage/connection.h)
+foreach(internal IN ITEMS common/log.h common/timestamp_locale.h storage/connection/connection.h)
   if(internal IN_LIST headers)
     message(FATAL_ERROR "${internal} is installed")
   endif()

@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "common/text.h"
-#include "storage/file_access.h"
+#include "storage/connection/file_access.h"
 
 namespace corvo::shared {
 namespace {

@@ -1,4 +1,4 @@
-#include "storage/database_path.h"
+#include "storage/connection/database_path.h"
 
 #include <google/protobuf/message.h>
 
@@ -6,8 +6,8 @@
 #include <system_error>
 
 #include "corvo/telemetry/contract/storage/persistance.pb.h"
+#include "storage/connection/failure.h"
 #include "storage/database_name.h"
-#include "storage/failure.h"
 #include "storage/storage_options.h"
 
 namespace corvo::shared {

@@ -1,4 +1,4 @@
-#include "storage/statement_end.h"
+#include "storage/connection/statement_end.h"
 
 #include <sqlite3.h>
 

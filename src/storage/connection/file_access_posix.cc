@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "storage/file_access.h"
+#include "storage/connection/file_access.h"
 
 namespace corvo::shared {
 namespace {

@@ -1,10 +1,10 @@
-#include "storage/compaction.h"
+#include "storage/connection/compaction.h"
 
 #include <sqlite3.h>
 
 #include <cstdint>
 
-#include "storage/statement.h"
+#include "storage/connection/statement.h"
 
 namespace corvo::shared {
 namespace {

@@ -1,4 +1,4 @@
-#include "storage/statement.h"
+#include "storage/connection/statement.h"
 
 #include <sqlite3.h>
 
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "storage/failure.h"
+#include "storage/connection/failure.h"
 
 namespace corvo::shared {
 namespace {

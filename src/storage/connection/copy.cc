@@ -1,10 +1,10 @@
-#include "storage/copy.h"
+#include "storage/connection/copy.h"
 
 #include <sqlite3.h>
 
 #include <memory>
 
-#include "storage/failure.h"
+#include "storage/connection/failure.h"
 #include "storage/telemetry_storage.h"
 
 namespace corvo::shared {

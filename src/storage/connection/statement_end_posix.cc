@@ -11,7 +11,7 @@
 #include <mutex>
 #include <system_error>
 
-#include "storage/statement_end.h"
+#include "storage/connection/statement_end.h"
 
 namespace corvo::shared {
 namespace {
@@ -33,13 +33,17 @@ class Watcher {
   Watcher();
   Watcher(const Watcher&) = delete;
   Watcher& operator=(const Watcher&) = delete;
-  ~Watcher();
+  ~Watcher() { Stop(); }
 
   /// Whether the thread is one of this process: a forked process has none of its parent's.
   [[nodiscard]] bool IsOurs() const { return process_ == getpid(); }
 
   [[nodiscard]] Place Add(const Limited& statement);
   void Remove(Place statement) noexcept;
+  [[nodiscard]] bool HasStatements();
+
+  /// Ends the thread; limits are no longer kept.
+  void Stop() noexcept;
 
  private:
   static void* Run(void* watcher);
@@ -68,13 +72,21 @@ Watcher::Watcher() {
   }
 }
 
-Watcher::~Watcher() {
+void Watcher::Stop() noexcept {
   {
     const std::lock_guard lock(mutex_);
+    if (stopping_) {
+      return;
+    }
     stopping_ = true;
   }
   changed_.notify_one();
   pthread_join(thread_, nullptr);
+}
+
+bool Watcher::HasStatements() {
+  const std::lock_guard lock(mutex_);
+  return !statements_.empty();
 }
 
 Watcher::Place Watcher::Add(const Limited& statement) {
@@ -127,11 +139,15 @@ class WatcherOfTheProcess {
   WatcherOfTheProcess& operator=(const WatcherOfTheProcess&) = delete;
 
   // That of a parent stays as it was forked, perhaps in the middle of something: its lock may be taken for good, and
-  // its end would wait for a thread that is not there.
+  // its end would wait for a thread that is not there. One with statements is left to the thread that still runs them
+  // while the process ends around it.
   ~WatcherOfTheProcess() {
-    const Watcher* watcher = watcher_;
+    Watcher* const watcher = watcher_.exchange(nullptr);
     if (watcher != nullptr && watcher->IsOurs()) {
-      delete watcher;
+      watcher->Stop();
+      if (!watcher->HasStatements()) {
+        delete watcher;
+      }
     }
   }
 

@@ -1,4 +1,4 @@
-#include "storage/connection.h"
+#include "storage/connection/connection.h"
 
 #include <sqlite3.h>
 
@@ -10,14 +10,14 @@
 #include <utility>
 
 #include "common/text.h"
-#include "storage/compaction.h"
-#include "storage/copy.h"
-#include "storage/failure.h"
-#include "storage/soundness.h"
-#include "storage/statement_end.h"
+#include "storage/connection/compaction.h"
+#include "storage/connection/copy.h"
+#include "storage/connection/failure.h"
+#include "storage/connection/soundness.h"
+#include "storage/connection/statement_end.h"
+#include "storage/connection/verdicts.h"
 #include "storage/statement_observer.h"
 #include "storage/telemetry_storage.h"
-#include "storage/verdicts.h"
 
 namespace corvo::shared {
 namespace {
@@ -42,7 +42,7 @@ constexpr Setting kSwitches[] = {
     {SQLITE_DBCONFIG_ENABLE_FKEY, 0},
 };
 
-// Limits that no honest database meets. A short text in the schema can ask for values as long as the limit lets it.
+// Far above what rows of telemetry need. A short text in the schema can ask for values as long as the limit lets it.
 // Compaction attaches one database, so none is too few; the schema's own texts count against the length of SQL.
 constexpr Setting kLimits[] = {
     {SQLITE_LIMIT_LENGTH, 32 * 1024 * 1024},
@@ -88,7 +88,7 @@ bool Execute(sqlite3* handle, const char* sql) {
 }
 
 /// Until 3.44, SQLite bars triggers and views of a distrusted schema from virtual tables, its own full-text and spatial
-/// indexes among them, which honest databases keep by triggers. For a statement that needs one the schema is trusted.
+/// indexes among them, and triggers can keep such indexes. For a statement that needs one the schema is trusted.
 /// Functions with side effects stay barred all the same: SQLite allows them in direct statements only.
 class TrustedSchema {
  public:

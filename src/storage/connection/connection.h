@@ -6,10 +6,10 @@
 #include <string>
 
 #include "common/error.h"
-#include "storage/database_path.h"
-#include "storage/file_access.h"
-#include "storage/statement.h"
-#include "storage/statement_end.h"
+#include "storage/connection/database_path.h"
+#include "storage/connection/file_access.h"
+#include "storage/connection/statement.h"
+#include "storage/connection/statement_end.h"
 #include "storage/statement_observer.h"
 #include "storage/storage_options.h"
 

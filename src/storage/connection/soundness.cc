@@ -1,4 +1,4 @@
-#include "storage/soundness.h"
+#include "storage/connection/soundness.h"
 
 #include <sqlite3.h>
 
@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-#include "storage/failure.h"
-#include "storage/statement.h"
+#include "storage/connection/failure.h"
+#include "storage/connection/statement.h"
 
 namespace corvo::shared {
 namespace {

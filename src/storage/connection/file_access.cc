@@ -1,4 +1,4 @@
-#include "storage/file_access.h"
+#include "storage/connection/file_access.h"
 
 #include <sqlite3.h>
 
@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "common/text.h"
-#include "storage/failure.h"
+#include "storage/connection/failure.h"
 #include "storage/telemetry_storage.h"
 
 namespace corvo::shared {

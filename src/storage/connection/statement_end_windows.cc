@@ -5,7 +5,7 @@
 #include <mutex>
 #include <thread>
 
-#include "storage/statement_end.h"
+#include "storage/connection/statement_end.h"
 
 namespace corvo::shared {
 

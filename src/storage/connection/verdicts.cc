@@ -1,4 +1,4 @@
-#include "storage/verdicts.h"
+#include "storage/connection/verdicts.h"
 
 #include <sqlite3.h>
 
@@ -8,9 +8,9 @@
 #include <mutex>
 #include <optional>
 
-#include "storage/file_access.h"
+#include "storage/connection/file_access.h"
+#include "storage/connection/soundness.h"
 #include "storage/result_code.h"
-#include "storage/soundness.h"
 
 namespace corvo::shared {
 namespace {
