@@ -8,6 +8,9 @@
 
 namespace corvo::telemetry::common {
 
+/// Of every day, as Unix time counts: no leap seconds.
+inline constexpr std::int64_t kSecondsPerDay = 86'400;
+
 /// The timestamp text of a broken-down UTC time, of the form 2024-05-01T12:30:00+00:00.
 ///
 /// @param time broken-down time: seconds 0–61, minutes 0–59, hours 0–23, day of month 1–31, month 0–11, year since

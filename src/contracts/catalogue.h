@@ -6,13 +6,13 @@
 
 namespace corvo::telemetry::contracts {
 
-/// The 34 contracts whose rows are cleaned, in catalogue order: one default instance a type.
+/// The contracts whose rows are cleaned, in catalogue order: one default instance a type.
 ///
 /// Filled while the module (or program) is loaded and read-only afterwards, so any thread may read it. The instances
 /// live until the process ends.
 [[nodiscard]] const std::vector<google::protobuf::Message*>& ContractCatalogue();
 
-/// The 6 messages that stand for whole databases, in catalogue order; otherwise as above.
+/// The messages that stand for whole databases, in catalogue order; otherwise as above.
 [[nodiscard]] const std::vector<google::protobuf::Message*>& DatabaseCatalogue();
 
 }  // namespace corvo::telemetry::contracts

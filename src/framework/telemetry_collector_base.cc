@@ -20,7 +20,7 @@ void TelemetryCollectorBase::Execute(const char* input, char* /*output*/) { stat
 void TelemetryCollectorBase::Execute(const char* input, char*& output,
                                      const corvo::shared::plugin::PluginBufferAllocator& allocator) {
   const Error result = Collect(input);
-  // Hosts of the older interface pass a null reference on purpose; this file is compiled so that the test survives.
+  // The older entry passes a null reference on purpose; this file is compiled so that the test survives.
   if (std::addressof(allocator) == nullptr) {
     return;
   }

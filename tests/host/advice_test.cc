@@ -35,7 +35,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, AdviceOnStorage,
                                          Case{14, "this user"}, Case{11, "damaged"}, Case{26, "damaged"},
                                          Case{13, "space"}, Case{10, "space"}, Case{1, "log"}, Case{9, "--time-limit"},
                                          Case{7, "--memory-limit"}, Case{18, "larger than"},
-                                         Case{23, "no collector makes"}));
+                                         Case{23, "no collector should make"}));
 
 TEST(Advice, OnADamagedFileSavesItsRowsBeforeItIsMovedAway) {
   const std::string advice = Advice(StorageResult(11));

@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "common/timestamp.h"
 #include "host/show/time_text.h"
 
 namespace corvo::telemetry::host {
@@ -27,7 +28,7 @@ class ExplainedTable : public testing::Test {
     explanation_.path = "/data/HealthLog.db";
     explanation_.now = kNow;
     explanation_.table.rows = 21'000;
-    explanation_.table.oldest = kNow - 10 * kSecondsPerDay;
+    explanation_.table.oldest = kNow - 10 * common::kSecondsPerDay;
     explanation_.table.newest = kNow;
     explanation_.table.rows_per_day = 2000;
     Reckon();
@@ -117,8 +118,8 @@ TEST_F(ExplainedTable, TellsOfATableThatIsNotThereOnlyWhatItsContractSays) {
 }
 
 TEST_F(ExplainedTable, TellsWhenTheTimeOfARowComes) {
-  explanation_.rows.push_back({.row = {.rowid = 17, .time = "2024-05-01", .moment = kNow - kSecondsPerDay},
-                               .expires = kNow + 89 * kSecondsPerDay,
+  explanation_.rows.push_back({.row = {.rowid = 17, .time = "2024-05-01", .moment = kNow - common::kSecondsPerDay},
+                               .expires = kNow + 89 * common::kSecondsPerDay,
                                .rows_until_limit = 3000,
                                .days_until_limit = 1.5});
   EXPECT_THAT(Text(), HasSubstr("Row 17       time 2024-05-01\n"

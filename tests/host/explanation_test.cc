@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "common/timestamp.h"
 #include "host/show/time_text.h"
 #include "support/database.h"
 #include "support/temp_dir.h"
@@ -52,7 +53,7 @@ TEST_F(ExplainTable, TellsWhenTheTimeOfARowComes) {
   Fill(14'400);
   const RowExplanation row = Look({100}).rows.at(0);
   EXPECT_EQ(row.next_pass, Rule::kNone);
-  EXPECT_EQ(row.expires, kNow - 60 * 14'300 + 90 * kSecondsPerDay);
+  EXPECT_EQ(row.expires, kNow - 60 * 14'300 + 90 * common::kSecondsPerDay);
   EXPECT_EQ(row.rows_until_limit, 45'000 - 14'300);
   EXPECT_NEAR(row.days_until_limit.value(), (45'000 - 14'300) / 1440.0, 0.1);
 }

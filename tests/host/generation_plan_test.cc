@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "common/timestamp.h"
 #include "host/samples/row_source.h"
 #include "host/show/time_text.h"
 
@@ -41,13 +42,13 @@ TEST_F(GenerationPlanTest, LeavesOutOneDatabaseAndOneTableOfAnother) {
 
 TEST_F(GenerationPlanTest, ReachesBackPastEveryRetention) {
   for (const TablePlan& table : Tables(plan_)) {
-    EXPECT_GT(table.span_s, ContractOf(table).retention_days * kSecondsPerDay) << table.table;
+    EXPECT_GT(table.span_s, ContractOf(table).retention_days * common::kSecondsPerDay) << table.table;
   }
 }
 
 TEST_F(GenerationPlanTest, ReachesBackAsFarAsAskedWhateverTheRetentions) {
   for (const TablePlan& table : Tables(PlanGeneration(catalogue_, 1, 3))) {
-    EXPECT_EQ(table.span_s, 3 * kSecondsPerDay) << table.table;
+    EXPECT_EQ(table.span_s, 3 * common::kSecondsPerDay) << table.table;
   }
 }
 

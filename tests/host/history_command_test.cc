@@ -13,6 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 namespace host = telemetry::host;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
@@ -63,6 +64,16 @@ TEST_F(HistoryCommand, ShowsTheLastTwentyOrAsManyAsAreAskedFor) {
   EXPECT_THAT(two.out, HasSubstr("1970-01-30"));
   EXPECT_THAT(two.out, HasSubstr("1970-01-31"));
   EXPECT_EQ(History({"--limit", "0"}).exit_code, 2);
+}
+
+TEST_F(HistoryCommand, CountsTheDatabasesThatOptionsLeftUncompacted) {
+  Generate();
+  ASSERT_EQ(Run().exit_code, 0);
+  EXPECT_THAT(History().out, Not(HasSubstr("NOT COMPACTED")));
+  ASSERT_EQ(Run({"--max-stall", "0"}).exit_code, 0);
+  const HostRun shown = History({"--limit", "1"});
+  EXPECT_THAT(shown.out, HasSubstr("NOT COMPACTED"));
+  EXPECT_THAT(shown.out, ContainsRegex(" 5 +5 cleaned"));
 }
 
 TEST_F(HistoryCommand, SaysThatNoRunIsRecorded) {

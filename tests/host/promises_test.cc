@@ -137,11 +137,5 @@ TEST_F(PromisesOfATable, SayNothingOfAgesWithoutTimes) {
   EXPECT_EQ(OutcomeOf(Promise::kNoneTooOld), Outcome::kUnknown);
 }
 
-TEST(MostRowsLeft, IsTheLimitLessTenPercent) {
-  EXPECT_EQ(MostRowsLeft(1'000), 900);
-  EXPECT_EQ(MostRowsLeft(5), 4);
-  EXPECT_EQ(MostRowsLeft(1), 0);
-}
-
 }  // namespace
 }  // namespace corvo::telemetry::host

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/timestamp.h"
 #include "host/show/failure.h"
 
 namespace corvo::telemetry::host {
@@ -13,10 +14,10 @@ TEST(TimeText, WritesUtcWithItsOffset) {
   EXPECT_EQ(TimeText(-1), "1969-12-31T23:59:59+00:00");
 }
 
-TEST(StartOfToday, IsAWholeDay) { EXPECT_EQ(StartOfToday() % kSecondsPerDay, 0); }
+TEST(StartOfToday, IsAWholeDay) { EXPECT_EQ(StartOfToday() % common::kSecondsPerDay, 0); }
 
 TEST(ParseDay, GivesTheStartOfTheDay) {
-  EXPECT_EQ(ParseDay("1970-01-02"), kSecondsPerDay);
+  EXPECT_EQ(ParseDay("1970-01-02"), common::kSecondsPerDay);
   EXPECT_EQ(TimeText(ParseDay("2024-02-29")), "2024-02-29T00:00:00+00:00");
 }
 

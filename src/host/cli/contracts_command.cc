@@ -1,6 +1,5 @@
 #include <fmt/core.h>
 
-#include <algorithm>
 #include <ctime>
 #include <functional>
 #include <memory>
@@ -69,14 +68,13 @@ std::string CatalogueText(const CatalogueView& catalogue, const Display& display
       "{} in {}. Rows are kept for MAX DAYS and up to MAX ROWS a table; MAX MB bounds the whole file of the database.",
       Counted(static_cast<std::int64_t>(catalogue.contracts.size()), "table"),
       Counted(static_cast<std::int64_t>(catalogue.databases.size()), "database"));
-  return table + "\n" + Indented(note, 0, static_cast<std::size_t>(std::max(TerminalWidth(stdout), 20)));
+  return table + "\n" + Indented(note, 0, OutputWidth());
 }
 
 ExitCode Show(bool json) {
   const CatalogueView catalogue = ReadCatalogue();
   constexpr std::size_t kUnbounded = 1000;
-  const Display display{.width = IsTerminal(stdout) ? static_cast<std::size_t>(TerminalWidth(stdout)) : kUnbounded,
-                        .colour = UsesColour(stdout)};
+  const Display display{.width = IsTerminal(stdout) ? OutputWidth() : kUnbounded, .colour = UsesColour(stdout)};
   Print(json ? CatalogueJson(catalogue) : CatalogueText(catalogue, display));
   return kDone;
 }
@@ -84,8 +82,7 @@ ExitCode Show(bool json) {
 ExitCode ShowDoubts(bool json) {
   const CatalogueView catalogue = ReadCatalogue();
   const std::vector<Finding> findings = Lint(catalogue, std::time(nullptr));
-  Print(json ? LintDocument(catalogue, findings)
-             : LintText(catalogue, findings, static_cast<std::size_t>(TerminalWidth(stdout)), UsesColour(stdout)));
+  Print(json ? LintDocument(catalogue, findings) : LintText(catalogue, findings, OutputWidth(), UsesColour(stdout)));
   return findings.empty() ? kDone : kFindings;
 }
 

@@ -53,8 +53,7 @@ Explanation Look(const ExplainOptions& options) {
 
 ExitCode ShowExplanation(const ExplainOptions& options, bool json) {
   const Explanation explanation = Look(options);
-  Print(json ? ExplainDocument(explanation)
-             : ExplainText(explanation, static_cast<std::size_t>(TerminalWidth(stdout)), UsesColour(stdout)));
+  Print(json ? ExplainDocument(explanation) : ExplainText(explanation, OutputWidth(), UsesColour(stdout)));
   for (const MissingRow& row : explanation.missing_rows) {
     Tell(row.text);
   }

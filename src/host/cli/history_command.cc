@@ -16,8 +16,8 @@ namespace corvo::telemetry::host {
 namespace {
 
 constexpr const char* kFooter =
-    "The newest run comes last. FREED is what the files with their write-ahead logs have shrunk by. A run that was "
-    "killed has left no record.";
+    "The newest run comes last. FREED is what the files with their write-ahead logs have shrunk by, NOT COMPACTED the "
+    "number of databases that --compact-when-free or --max-stall spared. A run that was killed has left no record.";
 
 struct HistoryOptions {
   std::string data_dir;

@@ -125,7 +125,7 @@ void PrintDocument(TableRows& rows, const PrintOptions& options, const Place& pl
 
 void PrintRows(const PrintOptions& options, const Place& place, bool json) {
   const bool is_table = !json && options.format == "table";
-  const auto longest = static_cast<std::size_t>(is_table ? std::max(TerminalWidth(stdout), 20) + 1 : 0);
+  const auto longest = is_table ? OutputWidth() + 1 : 0;
   TableRows rows({place.file, options.table, options.oldest, longest});
   if (json) {
     PrintDocument(rows, options, place);

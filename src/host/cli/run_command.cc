@@ -49,7 +49,7 @@ struct RunOptions {
   bool force = false;                  ///< whatever the loss
   int wait_s = 0;                      ///< longest wait for the end of another run of the same directory
   bool trust_directory = false;        ///< also when others than this user may write there
-  bool quiet = false;                  ///< nothing but failures on standard error, and no table
+  bool quiet = false;                  ///< failures and warnings alone, on standard error, and no table
   std::string log_level;               ///< empty: the default
   std::string log_file;                ///< empty: standard error
   Bounds bounds;
@@ -88,7 +88,7 @@ void AddCaution(CLI::App& command, RunOptions& options) {
 }
 
 void AddWhatToTell(CLI::App& command, RunOptions& options) {
-  command.add_flag("--quiet", options.quiet, "Tell of nothing but failures, on standard error");
+  command.add_flag("--quiet", options.quiet, "Tell only of failures and warnings, on standard error");
   AddChoice(command,
             {"--log-level", "LEVEL", fmt::format("Most talkative records to log: {}", fmt::join(LogLevels(), ", "))},
             options.log_level, LogLevels());

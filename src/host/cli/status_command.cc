@@ -75,9 +75,7 @@ ExitCode Show(const StatusOptions& options, bool json) {
     Tell(hint);
   }
   const DirectoryState state = ReadState(options);
-  const Display display{.width = static_cast<std::size_t>(std::max(TerminalWidth(stdout), 20)),
-                        .colour = UsesColour(stdout),
-                        .blocks = ShowsBlocks(stdout)};
+  const Display display{.width = OutputWidth(), .colour = UsesColour(stdout), .blocks = ShowsBlocks(stdout)};
   Print(json ? StatusDocument(state) : StatusText(state, options.all, display));
   if (options.check) {
     TellOfNothingToCheck(state);

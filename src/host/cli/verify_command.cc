@@ -1,6 +1,5 @@
 #include <fmt/core.h>
 
-#include <algorithm>
 #include <ctime>
 #include <memory>
 
@@ -56,9 +55,7 @@ ExitCode Show(const VerifyOptions& options, bool json) {
   const shared::StorageOptionsScope reading(storage);
   const Verification verification = Verify(directory.path, directory.origin, options.databases, std::time(nullptr));
   RequireNoInterruption();
-  Print(json ? VerifyDocument(verification)
-             : VerifyText(verification, static_cast<std::size_t>(std::max(TerminalWidth(stdout), 20)),
-                          UsesColour(stdout)));
+  Print(json ? VerifyDocument(verification) : VerifyText(verification, OutputWidth(), UsesColour(stdout)));
   if (!run_at_work.empty()) {
     Tell(
         fmt::format("a run is at work in {}: {}; what it has not finished can look broken, so verify again when it "

@@ -40,6 +40,7 @@ struct CatalogueView {
   [[nodiscard]] std::vector<ContractView> Of(const std::string& database) const;
 };
 
+/// Both catalogues as the linked contracts have them; read anew at each call.
 [[nodiscard]] CatalogueView ReadCatalogue();
 
 }  // namespace corvo::telemetry::host

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "common/timestamp.h"
 #include "contracts/rules.h"
 #include "host/facts/file_problem.h"
 #include "host/facts/forecast.h"
@@ -19,13 +20,13 @@ namespace {
 
 using shared::TelemetryStorage;
 
-constexpr std::int64_t kDay = 86'400;
-
 std::optional<std::int64_t> CutoffOf(const ContractView& contract, std::int64_t now) {
   return contract.retention_days == 0 ? std::nullopt : std::optional(contracts::Cutoff(now, contract.retention_days));
 }
 
-double InDays(std::int64_t seconds) { return static_cast<double>(seconds) / static_cast<double>(kDay); }
+double InDays(std::int64_t seconds) {
+  return static_cast<double>(seconds) / static_cast<double>(common::kSecondsPerDay);
+}
 
 double RowsPerDay(const RowSurvey& survey, std::int64_t now) {
   // A table that was begun, or trimmed, a few days ago has not had the time for a week's rows.

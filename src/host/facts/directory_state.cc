@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <system_error>
 
+#include "common/timestamp.h"
 #include "contracts/rules.h"
 #include "host/facts/database_reader.h"
 #include "host/facts/file_problem.h"
@@ -13,8 +14,6 @@ namespace corvo::telemetry::host {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::int64_t kDay = 86'400;
 
 DatabaseState ReadDatabaseState(const DatabaseView& view, const CatalogueView& catalogue, const fs::path& directory,
                                 std::int64_t now) {
@@ -56,7 +55,7 @@ DirectoryState ReadDirectoryState(const fs::path& directory, const std::string& 
 
 bool IsOverAge(const TableState& table, std::int64_t now) {
   const std::uint32_t days = table.contract.retention_days;
-  return days != 0 && table.oldest && *table.oldest < contracts::Cutoff(now, days) - kDay;
+  return days != 0 && table.oldest && *table.oldest < contracts::Cutoff(now, days) - common::kSecondsPerDay;
 }
 
 bool IsOverRowLimit(const TableState& table) {

@@ -9,6 +9,7 @@
 namespace corvo::telemetry::host {
 
 std::int64_t RowsKept(std::uint32_t max_rows) {
+  // Limits so large that a pass keeps every row have no number of rows that breaks them.
   constexpr std::int32_t kMostRows = std::numeric_limits<std::int32_t>::max();
   return kMostRows - std::int64_t{contracts::RowsOverLimit(kMostRows, max_rows, kTrimMarginPercent)};
 }

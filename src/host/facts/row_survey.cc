@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include "common/timestamp.h"
 #include "contracts/rules.h"
 #include "host/facts/query.h"
 
@@ -9,8 +10,6 @@ namespace corvo::telemetry::host {
 namespace {
 
 using shared::TelemetryStorage;
-
-constexpr std::int64_t kDay = 86'400;
 
 // Of each row its `time` as `t`, and as `u` the moment that SQLite reads from it. Whole numbers are compared several
 // times faster than the texts that the rule compares.
@@ -23,7 +22,7 @@ constexpr const char* kNoTime = "t IS NULL";
 constexpr const char* kUnreadable = "t IS NOT NULL AND u IS NULL";
 constexpr const char* kDate = "t GLOB '[0-9][0-9][0-9][0-9]-*' OR t GLOB '-[0-9][0-9][0-9][0-9]-*'";
 
-std::int64_t RecentSince(const SurveyRequest& request) { return request.now - kRecentDays * kDay; }
+std::int64_t RecentSince(const SurveyRequest& request) { return request.now - kRecentDays * common::kSecondsPerDay; }
 
 /// The conditions on a row, in SQL: each decides most rows by one comparison.
 class Conditions {
@@ -42,7 +41,7 @@ class Conditions {
   [[nodiscard]] std::string Ancient() const {
     return expires_ ? fmt::format("u < {} - 1 AND NOT ({})", *request_.cutoff, kDate) : "0";
   }
-  [[nodiscard]] std::string Future() const { return fmt::format("u > {}", request_.now + kDay); }
+  [[nodiscard]] std::string Future() const { return fmt::format("u > {}", request_.now + common::kSecondsPerDay); }
 
  private:
   const SurveyRequest& request_;

@@ -11,6 +11,7 @@
 #include "host/pass/statement_kind.h"
 #include "host/show/progress.h"
 #include "host/show/units.h"
+#include "storage/database_name.h"
 #include "storage/result_code.h"
 #include "storage/telemetry_storage.h"
 
@@ -24,7 +25,7 @@ std::string FileName(const char* database_path) {
 }
 
 std::string DatabaseName(const shared::StatementRecord& statement) {
-  return common::Utf8(std::filesystem::path(statement.database_path).stem());
+  return shared::RemoveDatabaseExtension(FileName(statement.database_path));
 }
 
 /// A trigger of the file can put anything into the message of its failure.

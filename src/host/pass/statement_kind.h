@@ -13,6 +13,7 @@ struct StatementKind {
   std::string table = {};  ///< the one that it is about; empty for compaction and for statements of another form
 };
 
+/// Other forms than those of the module are `kOther`.
 [[nodiscard]] StatementKind KindOf(std::string_view sql);
 
 /// The step in a word or two, for people who wait: "deleting expired rows".

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "common/timestamp.h"
 #include "host/show/time_text.h"
 
 namespace corvo::telemetry::host {
@@ -29,10 +30,10 @@ std::int64_t UnscaledRows(const ContractView& contract, std::size_t index) {
 
 std::int64_t Span(const ContractView& contract, std::uint32_t days) {
   if (days != 0) {
-    return days * kSecondsPerDay;
+    return days * common::kSecondsPerDay;
   }
   const std::int64_t retention = contract.retention_days != 0 ? contract.retention_days : kDaysWithoutRetention;
-  return retention * kSecondsPerDay * 5 / 4;
+  return retention * common::kSecondsPerDay * 5 / 4;
 }
 
 std::string MissingDatabase(const CatalogueView& catalogue) {

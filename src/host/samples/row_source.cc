@@ -5,6 +5,7 @@
 
 #include <array>
 
+#include "common/timestamp.h"
 #include "host/show/time_text.h"
 
 namespace corvo::telemetry::host {
@@ -103,7 +104,7 @@ std::string RowSource::MakeText(const std::string& field) {
 
 std::int64_t RowSource::MakeNumber(const std::string& field, std::int64_t time) {
   if (Contains(field, "_at") || Contains(field, "_start")) {
-    return time - Below(kSecondsPerDay);
+    return time - Below(common::kSecondsPerDay);
   }
   return Below(Contains(field, "percent") ? 101 : 100'000);
 }

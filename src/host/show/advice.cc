@@ -23,9 +23,9 @@ const std::array<Kind, 10>& Kinds() {
       {shared::IsCannotOpen,
        "Check that the file and those beside it are ordinary files, and that this user may read and write them."},
       {shared::IsRefused,
-       "The file's schema holds something that no collector makes; the file stays as it is. Find out who put it there. "
-       "To do without the file, stop its collector, keep a copy and move it away with its -journal, -wal and -shm: its "
-       "collector makes a new one."},
+       "The file's schema holds something that no collector should make; the file stays as it is. Find out who put it "
+       "there. To do without the file, stop its collector, keep a copy and move it away with its -journal, -wal and "
+       "-shm: its collector makes a new one."},
       {shared::IsDamaged,
        "The file is damaged and stays as it is. Stop its collector. Keep a copy of it with its -journal, -wal and "
        "-shm; the rows that can still be read come out of the copy as SQL with sqlite3 COPY .recover. Then move it "

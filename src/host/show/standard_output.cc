@@ -2,11 +2,13 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
 
+#include "host/platform/platform.h"
 #include "host/show/progress.h"
 
 namespace corvo::telemetry::host {
@@ -32,6 +34,8 @@ void Print(const std::string& text) noexcept {
     Remember(EIO);
   }
 }
+
+std::size_t OutputWidth() { return static_cast<std::size_t>(std::max(TerminalWidth(stdout), 20)); }
 
 bool OutputLost() noexcept {
   errno = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace corvo::telemetry::host {
@@ -9,6 +10,9 @@ namespace corvo::telemetry::host {
 
 /// Writes the text, in UTF-8, to standard output. What is not written is lost and remembered.
 void Print(const std::string& text) noexcept;
+
+/// The columns for texts: those of the terminal, but at least 20, below which nothing can be laid out.
+[[nodiscard]] std::size_t OutputWidth();
 
 /// Whether anything written to standard output up to now was lost, on its way or in a buffer. `errno` is then the
 /// reason of the first loss.

@@ -5,8 +5,6 @@
 
 namespace corvo::telemetry::host {
 
-constexpr std::int64_t kSecondsPerDay = 86'400;
-
 /// Seconds since 1970-01-01 UTC as 2024-05-01T12:30:00+00:00.
 [[nodiscard]] std::string TimeText(std::int64_t seconds);
 

@@ -19,7 +19,10 @@ struct Bounds {
   int busy_timeout_s = 5;     ///< of one wait for a lock
 };
 
+/// Adds --data-dir; the value stays empty when it is not given.
 void AddDataDirectory(CLI::App& command, std::string& value);
+
+/// Adds --time-limit, --memory-limit and --busy-timeout, with the defaults that the bounds hold.
 void AddBounds(CLI::App& command, Bounds& bounds);
 
 /// @throws CommandFailure (`kNoDataDirectory`) when there is none that can be used.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "common/timestamp.h"
 #include "contracts/rules.h"
 #include "host/facts/growth.h"
 
@@ -27,7 +28,7 @@ std::optional<std::int64_t> ExpiryMoment(std::int64_t moment, std::uint32_t rete
 Reach ReachOf(const TableState& table, bool size_limited) {
   Reach reach;
   if (table.contract.retention_days != 0) {
-    reach.age_days = static_cast<double>(KeptSeconds(table.contract.retention_days)) / 86'400;
+    reach.age_days = static_cast<double>(KeptSeconds(table.contract.retention_days)) / common::kSecondsPerDay;
     reach.first = Rule::kAge;
   }
   if (LimitsRows(table.contract.max_rows) && table.rows_per_day > 0) {

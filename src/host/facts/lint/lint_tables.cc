@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "common/timestamp.h"
 #include "contracts/rules.h"
 #include "host/facts/explain/limits.h"
 #include "host/facts/growth.h"
@@ -17,13 +18,13 @@ bool SameName(const std::string& one, const std::string& other) { return Without
 // The rules for a table: what is wrong with it; empty when nothing.
 
 std::string RetentionWraps(const ContractView& contract, const CatalogueView& /*catalogue*/, std::int64_t /*now*/) {
-  const std::int64_t meant = std::int64_t{contract.retention_days} * 86'400;
+  const std::int64_t meant = std::int64_t{contract.retention_days} * common::kSecondsPerDay;
   const std::int64_t kept = KeptSeconds(contract.retention_days);
   return kept == meant ? ""
                        : fmt::format(
                              "retention_days {} is beyond 49710, where the seconds no longer fit 32 bits: rows "
                              "are kept for {} seconds ({:.1f} days)",
-                             contract.retention_days, kept, static_cast<double>(kept) / 86'400);
+                             contract.retention_days, kept, static_cast<double>(kept) / common::kSecondsPerDay);
 }
 
 std::string RetentionBefore1970(const ContractView& contract, const CatalogueView& /*catalogue*/, std::int64_t now) {

@@ -3,16 +3,17 @@
 #include <limits>
 
 #include "contracts/rules.h"
+#include "host/facts/forecast.h"
+#include "host/facts/growth.h"
 
 namespace corvo::telemetry::host {
 namespace {
 
-constexpr double kMarginPercent = 10;
 constexpr std::int64_t kMostCounted = std::numeric_limits<std::uint32_t>::max();
 
 std::int64_t RowsTooMany(std::int64_t rows, std::uint32_t max_rows) {
   const auto count = static_cast<std::uint32_t>(std::clamp<std::int64_t>(rows, 0, kMostCounted));
-  return contracts::RowsOverLimit(count, max_rows, kMarginPercent);
+  return contracts::RowsOverLimit(count, max_rows, kTrimMarginPercent);
 }
 
 /// Rows that others wrote during the run, less those that they deleted.
@@ -49,7 +50,7 @@ class Judgement {
     }
     Set(Promise::kWithinLimit, Outcome::kKept);
     if (const std::int64_t rows = RowsTooMany(Counted(), check_.contract.max_rows); rows > 0) {
-      Break({.promise = Promise::kWithinLimit, .number = rows, .allowed = MostRowsLeft(check_.contract.max_rows)});
+      Break({.promise = Promise::kWithinLimit, .number = rows, .allowed = RowsKept(check_.contract.max_rows)});
     }
   }
 
@@ -119,12 +120,6 @@ TableVerdict JudgeTable(const ContractView& contract, const TableFacts& facts, c
   judgement.OnLimit();
   judgement.OnLoss();
   return check;
-}
-
-std::int64_t MostRowsLeft(std::uint32_t max_rows) {
-  // Limits so large that a run keeps every row have no number of rows that breaks them.
-  const auto most = std::numeric_limits<std::int32_t>::max();
-  return most - RowsTooMany(most, max_rows);
 }
 
 }  // namespace corvo::telemetry::host

@@ -108,7 +108,4 @@ struct LastRun {
 [[nodiscard]] TableVerdict JudgeTable(const ContractView& contract, const TableFacts& facts, const LastRun* run,
                                       std::int64_t cutoff);
 
-/// The most rows that a run leaves under a row limit; the limit is not 0.
-[[nodiscard]] std::int64_t MostRowsLeft(std::uint32_t max_rows);
-
 }  // namespace corvo::telemetry::host

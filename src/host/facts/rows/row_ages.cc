@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string>
 
+#include "common/timestamp.h"
 #include "contracts/rules.h"
 #include "host/facts/query.h"
 #include "storage/telemetry_storage.h"
@@ -14,7 +15,6 @@ namespace {
 
 using shared::TelemetryStorage;
 
-constexpr std::int64_t kSecondsPerDay = 86'400;
 constexpr std::int64_t kMostClasses = 40;
 constexpr std::int64_t kTenYears = 3'652;
 
@@ -31,7 +31,7 @@ std::string CountByClass(const std::string& table, const AgeScale& scale, std::i
       "ELSE MIN(MAX({2} - moment, 0) / {4}, {5}) END AS class, COUNT(*) "
       "FROM (SELECT CASE WHEN time GLOB '[A-Za-z]*' THEN NULL ELSE CAST(strftime('%s', time) AS INTEGER) END "
       "AS moment FROM \"{6}\") GROUP BY class",
-      kUndated, kFuture, now, kSecondsPerDay, scale.days * kSecondsPerDay, scale.classes, table);
+      kUndated, kFuture, now, common::kSecondsPerDay, scale.days * common::kSecondsPerDay, scale.classes, table);
 }
 
 void Put(RowAges& ages, std::int64_t group, std::int64_t rows) {
@@ -64,8 +64,9 @@ bool CanBeCounted(const TableState& table) { return !table.missing && table.prob
 }  // namespace
 
 AgeScale ScaleOf(const TableState& table, std::int64_t now) {
-  const std::int64_t oldest = std::max<std::int64_t>((now - table.oldest.value_or(now)) / kSecondsPerDay + 1, 1);
-  const std::int64_t kept = RoundedUp(KeptSeconds(table.contract, now).value_or(0), kSecondsPerDay);
+  const std::int64_t oldest =
+      std::max<std::int64_t>((now - table.oldest.value_or(now)) / common::kSecondsPerDay + 1, 1);
+  const std::int64_t kept = RoundedUp(KeptSeconds(table.contract, now).value_or(0), common::kSecondsPerDay);
   const std::int64_t least = kept == 0 ? 7 : RoundedUp(kept * 9, 8);
   const std::int64_t most = kept == 0 ? kTenYears : kept * 2;
   const std::int64_t reach = std::max(least, std::min(oldest, most));

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "common/text.h"
+#include "common/timestamp.h"
 #include "contracts/rules.h"
 #include "host/facts/growth.h"
 #include "host/show/explain/explain_words.h"
@@ -34,10 +35,10 @@ std::string AgeLimit(const ContractView& contract) {
   }
   const std::int64_t kept = KeptSeconds(contract.retention_days);
   return fmt::format("{} (table_options.retention_days){}", Counted(contract.retention_days, "day"),
-                     kept == std::int64_t{contract.retention_days} * kSecondsPerDay
+                     kept == std::int64_t{contract.retention_days} * common::kSecondsPerDay
                          ? ""
                          : fmt::format(": more than 32 bits hold, so that it acts like {}",
-                                       Days(static_cast<double>(kept) / kSecondsPerDay)));
+                                       Days(static_cast<double>(kept) / common::kSecondsPerDay)));
 }
 
 std::string RowLimit(const ContractView& contract) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/timestamp.h"
 #include "host/show/report/html_template.h"
 #include "host/show/report/sections.h"
 #include "host/show/time_text.h"
@@ -19,7 +20,8 @@ class Histogram {
  public:
   Histogram(const RowAges& ages, std::optional<std::int64_t> kept_seconds)
       : ages_(ages),
-        kept_days_(kept_seconds ? std::optional(static_cast<double>(*kept_seconds) / kSecondsPerDay) : std::nullopt),
+        kept_days_(kept_seconds ? std::optional(static_cast<double>(*kept_seconds) / common::kSecondsPerDay)
+                                : std::nullopt),
         most_(std::max({*std::max_element(ages.rows.begin(), ages.rows.end()), ages.older, std::int64_t{1}})) {}
 
   [[nodiscard]] double Width() const { return X(-1); }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "common/timestamp.h"
 #include "host/show/time_text.h"
 #include "host/show/units.h"
 
@@ -47,7 +48,7 @@ std::string Duration(double seconds) {
 }
 
 std::string Days(std::int64_t seconds) {
-  return seconds < kSecondsPerDay ? "less than a day" : Counted(seconds / kSecondsPerDay, "day");
+  return seconds < common::kSecondsPerDay ? "less than a day" : Counted(seconds / common::kSecondsPerDay, "day");
 }
 
 const std::vector<Reason>& Reasons() {

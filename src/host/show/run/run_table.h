@@ -20,6 +20,7 @@ struct Sums {
   void Add(const Sums& other);
 };
 
+/// Over all databases and their tables.
 [[nodiscard]] Sums SumUp(const RunReport& report);
 
 /// What became of a size: "1.5 MB" less, "grew 1.5 MB", or nothing.

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 
+#include "common/timestamp.h"
 #include "host/show/time_text.h"
 #include "host/show/units.h"
 
@@ -63,7 +64,8 @@ std::string KnownBytes(const DatabaseState& database, std::int64_t bytes) {
 }
 
 std::optional<std::int64_t> AgeInDays(const TableState& table, std::int64_t now) {
-  return table.oldest ? std::optional(std::max<std::int64_t>(now - *table.oldest, 0) / kSecondsPerDay) : std::nullopt;
+  return table.oldest ? std::optional(std::max<std::int64_t>(now - *table.oldest, 0) / common::kSecondsPerDay)
+                      : std::nullopt;
 }
 
 std::optional<double> RowShare(const TableState& table) {
@@ -76,7 +78,7 @@ std::optional<double> AgeShare(const TableState& table, std::int64_t now) {
   return table.contract.retention_days == 0 || !table.oldest
              ? std::nullopt
              : std::optional(Ratio(std::max<std::int64_t>(now - *table.oldest, 0),
-                                   table.contract.retention_days * kSecondsPerDay));
+                                   table.contract.retention_days * common::kSecondsPerDay));
 }
 
 std::string Limited(const std::string& value, std::uint32_t limit) {

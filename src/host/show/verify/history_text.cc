@@ -40,6 +40,12 @@ std::string Result(const RunRecord& run) {
                      cleaned == all ? std::to_string(all) : fmt::format("{} of {}", cleaned, all));
 }
 
+/// How many databases the options of the run left uncompacted.
+std::string NotCompacted(const RunRecord& run) {
+  return NumberOrNothing(std::count_if(run.databases.begin(), run.databases.end(),
+                                       [](const DatabaseRecord& database) { return !database.not_compacted.empty(); }));
+}
+
 /// A column of the table. Those that say nothing in any line are left out.
 struct Column {
   const char* head;
@@ -55,6 +61,7 @@ const std::vector<Column>& Columns() {
       {"ROW LIMIT", Align::kRight, [](const RunRecord& run) { return NumberOrNothing(run.DeletedRows().row_limit); }},
       {"SIZE LIMIT", Align::kRight, [](const RunRecord& run) { return NumberOrNothing(run.DeletedRows().size_limit); }},
       {"FREED", Align::kRight, &Freed},
+      {"NOT COMPACTED", Align::kRight, &NotCompacted},
       {"RESULT", Align::kLeft, &Result},
   };
   return columns;
