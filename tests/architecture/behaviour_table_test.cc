@@ -94,6 +94,12 @@ Lines LongLines(const std::string& page) {
   return lines;
 }
 
+/// Rows behind a blank line: they belong to no table.
+Lines StrayRows(const std::string& page) {
+  static const std::regex kStray(R"(\n\n(\|[^\n]*)\n(?!\|---))");
+  return Matches(page, kStray);
+}
+
 class BehaviourTable : public testing::Test {
  protected:
   const Suites suites_ = SuitesOf(CORVO_SOURCE_DIR);
@@ -105,6 +111,8 @@ TEST_F(BehaviourTable, NamesSuitesThatExist) { EXPECT_THAT(NamesWithoutSuite(pag
 TEST_F(BehaviourTable, NamesEverySuite) { EXPECT_THAT(SuitesWithoutRow(page_, suites_), IsEmpty()); }
 
 TEST_F(BehaviourTable, HasShortRows) { EXPECT_THAT(LongLines(page_), IsEmpty()); }
+
+TEST_F(BehaviourTable, HasNoRowOutsideItsTables) { EXPECT_THAT(StrayRows(page_), IsEmpty()); }
 
 TEST_F(BehaviourTable, ReadsSuitesOfEveryKind) {
   const Lines plain_fixture_parameter_type_and_cmake = {"Layers", "BehaviourTable", "Firewall", "CollectionOf",
@@ -126,6 +134,11 @@ TEST(BehaviourTableRules, ASuiteThatIsNewOrGoneIsTold) {
 TEST(BehaviourTableRules, AStarStandsForTheRestOfAName) {
   const Suites suites = {{"Cutoff", ""}, {"CutoffText", ""}};
   EXPECT_THAT(SuitesWithoutRow("\n| Cutoffs | `Cutoff*` |\n", suites), IsEmpty());
+}
+
+TEST(BehaviourTableRules, ARowBehindABlankLineIsTold) {
+  EXPECT_THAT(StrayRows("\n\n| behaviour | suites |\n|---|---|\n| a | `A` |\n\n| b | `B` |\n"),
+              ElementsAre("| b | `B` |"));
 }
 
 TEST(BehaviourTableRules, ALongLineIsTold) {

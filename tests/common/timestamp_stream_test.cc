@@ -1,6 +1,7 @@
 // A program of its own: the timestamp's own source over locales of the tests' own, for streams that fail.
 #include <gtest/gtest.h>
 
+#include <ios>
 #include <iterator>
 #include <locale>
 #include <memory>
@@ -48,6 +49,16 @@ class FailingTime : public std::time_put<char> {
   Action action_;
 };
 
+/// Leaves a stream that cannot go on, without an exception.
+class UnwillingTime : public std::time_put<char> {
+ protected:
+  iter_type do_put(iter_type out, std::ios_base& stream, char /*fill*/, const std::tm* /*time*/, char /*format*/,
+                   char /*modifier*/) const override {
+    dynamic_cast<std::ios&>(stream).setstate(std::ios_base::failbit);
+    return out;
+  }
+};
+
 class TimestampStream : public testing::Test {
  protected:
   ~TimestampStream() override { timestamp_locale = std::locale::classic(); }
@@ -63,6 +74,11 @@ TEST_F(TimestampStream, ThatStaysGoodGivesTheText) {
 
 TEST_F(TimestampStream, ThatIsNotGoodGivesTheEmptyText) {
   Use([] { return FailingTime::iter_type(nullptr); });
+  EXPECT_EQ(FormatUtcTime(SomeTime(), 0), "");
+}
+
+TEST_F(TimestampStream, ThatFailsWithoutAnExceptionGivesTheEmptyText) {
+  timestamp_locale = std::locale(std::locale::classic(), new UnwillingTime);
   EXPECT_EQ(FormatUtcTime(SomeTime(), 0), "");
 }
 

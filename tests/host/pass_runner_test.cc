@@ -133,6 +133,15 @@ TEST_F(PassWatching, TakesALeftOutCompactionForTheEndOfTheVisit) {
   EXPECT_EQ(TheVisit().left_out->free_percent, 0.3);
 }
 
+TEST_F(PassWatching, LetsCompactionBeLeftOutOnlyWhereItSawThatNoSizeLimitActs) {
+  EXPECT_FALSE(watcher_.MayLeaveOutCompaction("/data/HealthLog.db")) << "nothing was seen";
+  End("SELECT COUNT(*) AS rows FROM Boot");
+  End("SELECT pgsize, pageno FROM dbstat WHERE name='Boot'");
+  EXPECT_TRUE(watcher_.MayLeaveOutCompaction("/data/HealthLog.db"));
+  End("SELECT COUNT(*) AS rows FROM Boot");
+  EXPECT_FALSE(watcher_.MayLeaveOutCompaction("/data/HealthLog.db"));
+}
+
 TEST_F(PassWatching, RemembersTheStatementThatFailed) {
   common::Error failure;
   failure.category = common::EC_Custom;

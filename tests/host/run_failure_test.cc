@@ -110,6 +110,25 @@ TEST_F(RunFailure, OfOneDatabaseLeavesTheOthersClean) {
   }
 }
 
+// The size limit goes on after a table that it cannot trim, and the pass is a success.
+TEST_F(RunFailure, OfAStatementThatDoesNotEndThePassLeavesTheDatabaseUncleaned) {
+  std::filesystem::create_directory(data_);
+  Database(File("DeviceProfileEvents.db"))
+      .Run(
+          "CREATE TABLE Filler (x); INSERT INTO Filler VALUES (zeroblob(21000000));"
+          "CREATE TABLE DeviceEvents (time TEXT); INSERT INTO DeviceEvents VALUES (datetime('now'));"
+          "CREATE TABLE HardwareEvents (time TEXT); INSERT INTO HardwareEvents VALUES (datetime('now'));"
+          "CREATE TRIGGER Refuse BEFORE DELETE ON DeviceEvents BEGIN SELECT RAISE(ABORT, 'not this one'); END");
+  const HostRun run = Run({"--json"});
+  EXPECT_EQ(run.exit_code, 1);
+  const nlohmann::json document = run.Json();
+  EXPECT_EQ(document["passes"][0]["result"]["code"], 0);
+  EXPECT_EQ(document["databases"][0]["cleaned"], false);
+  EXPECT_EQ(document["databases"][0]["problem"]["kind"], "failed");
+  EXPECT_THAT(document["databases"][0]["problem"]["reason"].get<std::string>(),
+              HasSubstr("not this one in: DELETE FROM DeviceEvents WHERE rowid IN"));
+}
+
 class MissingLocale : public RunFailure {
  protected:
   /// A run that finds no locale definitions.

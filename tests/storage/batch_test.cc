@@ -52,7 +52,7 @@ TEST_F(Batch, RunsInListOrder) {
   auto* before = new SqlCommand("SELECT COUNT(*) FROM Samples");
   auto* after = new SqlCommand("SELECT COUNT(*) FROM Samples");
 
-  ASSERT_THAT(Execute(storage, {before, new SqlCommand("DELETE FROM Samples WHERE id = 1"), after}), Succeeds());
+  ASSERT_THAT(Execute(storage, {before, new SqlCommand("DELETE FROM Samples WHERE id = 1"), after}), Succeeded());
 
   EXPECT_EQ(Texts(before->GetResults()), (std::vector<Row>{{"3"}}));
   EXPECT_EQ(Texts(after->GetResults()), (std::vector<Row>{{"2"}}));
@@ -74,7 +74,7 @@ TEST_F(Batch, DeletesEveryCommandOnceWithTheStorageRunOrNot) {
     ASSERT_TRUE(Execute(storage, {new ForeignCommand("SELECT 1", deleted_), new ForeignCommand("nonsense", deleted_),
                                   new ForeignCommand("SELECT 1", deleted_)})
                     .Failed());
-    ASSERT_THAT(storage.Execute(new ForeignCommand("SELECT 1", deleted_), false), Succeeds());
+    ASSERT_THAT(storage.Execute(new ForeignCommand("SELECT 1", deleted_), false), Succeeded());
     EXPECT_EQ(deleted_, 0);
   }
 
@@ -85,8 +85,8 @@ TEST_F(Batch, DeletesACommandOnceHoweverOftenItWasGiven) {
   {
     TelemetryStorage storage(file_.c_str(), "");
     auto* command = new ForeignCommand("SELECT 1", deleted_);
-    ASSERT_THAT(Execute(storage, {command, command}), Succeeds());
-    ASSERT_THAT(storage.Execute(command, false), Succeeds());
+    ASSERT_THAT(Execute(storage, {command, command}), Succeeded());
+    ASSERT_THAT(storage.Execute(command, false), Succeeded());
   }
 
   EXPECT_EQ(deleted_, 1);
@@ -104,7 +104,7 @@ TEST_F(Batch, BelongsToAStorageThatCouldNotOpen) {
 TEST_F(Batch, RunsAForeignCommandByItsText) {
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(storage.Execute(new ForeignCommand("DELETE FROM Samples", deleted_), false), Succeeds());
+  EXPECT_THAT(storage.Execute(new ForeignCommand("DELETE FROM Samples", deleted_), false), Succeeded());
 
   EXPECT_EQ(Database(file_).Count("Samples"), 0);
 }
@@ -152,7 +152,7 @@ TEST_F(Batch, StopsAtAMissingCommandAndOwnsTheRest) {
 TEST_F(Batch, WithoutCommandsSucceeds) {
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(Execute(storage, {}), Succeeds());
+  EXPECT_THAT(Execute(storage, {}), Succeeded());
 }
 
 }  // namespace

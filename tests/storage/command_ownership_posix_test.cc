@@ -52,7 +52,7 @@ class CommandOwnership : public StorageTest {
         happened = AllocationFailure::Happened();
       }
       if (!happened) {
-        EXPECT_THAT(error, Succeeds());
+        EXPECT_THAT(error, Succeeded());
         EXPECT_EQ(deletions, std::vector<int>(kCommands)) << "their results are still to be read";
       }
     }

@@ -20,7 +20,7 @@ class CommandSlots : public StorageTest {
  protected:
   CommandSlots() {
     CreateSamples(2);
-    EXPECT_THAT(storage_.emplace(file_.c_str(), "").Execute(command_, false), Succeeds());
+    EXPECT_THAT(storage_.emplace(file_.c_str(), "").Execute(command_, false), Succeeded());
   }
 
   std::optional<TelemetryStorage> storage_;
@@ -49,8 +49,8 @@ TEST_F(CommandSlots, ContinueWithHasNextAndNext) {
   auto* next = Slot<Error(ICommand*)>(command_, 5);
 
   EXPECT_TRUE(has_next(command_));
-  EXPECT_THAT(next(command_), Succeeds());
-  EXPECT_THAT(next(command_), Succeeds());
+  EXPECT_THAT(next(command_), Succeeded());
+  EXPECT_THAT(next(command_), Succeeded());
   EXPECT_FALSE(has_next(command_));
 }
 

@@ -27,17 +27,17 @@ TEST_F(Command, HasNoResultsAndNoErrorBeforeItRuns) {
 
   EXPECT_EQ(command.GetResults().count, 0);
   EXPECT_FALSE(command.HasNext());
-  EXPECT_THAT(command.GetLastError(), Succeeds());
+  EXPECT_THAT(command.GetLastError(), Succeeded());
 }
 
 TEST_F(Command, StepsOverEveryRowOnce) {
   TelemetryStorage storage(file_.c_str(), "");
   auto* command = new SqlCommand("SELECT id FROM Samples");
-  ASSERT_THAT(storage.Execute(command, false), Succeeds());
+  ASSERT_THAT(storage.Execute(command, false), Succeeded());
 
   for (int row = 0; row < 3; ++row) {
     EXPECT_TRUE(command->HasNext());
-    EXPECT_THAT(command->Next(), Succeeds());
+    EXPECT_THAT(command->Next(), Succeeded());
   }
   EXPECT_FALSE(command->HasNext());
   EXPECT_THAT(command->Next(), FailsWith(SQLITE_DONE, StartsWith("no more rows available: ")));
@@ -60,7 +60,7 @@ TEST_F(Command, TakesStatementAndParametersToRunLater) {
 
   command->Execute("SELECT id, ?2 IS NULL FROM Samples WHERE v = ?1", parameters, 2);
   EXPECT_EQ(command->GetResults().count, 0);
-  ASSERT_THAT(storage.Execute(command, false), Succeeds());
+  ASSERT_THAT(storage.Execute(command, false), Succeeded());
 
   EXPECT_STREQ(command->GetSqlStatement(), "SELECT id, ?2 IS NULL FROM Samples WHERE v = ?1");
   EXPECT_EQ(Texts(command->GetResults()), (std::vector<Row>{{"2", "1"}}));
@@ -69,12 +69,12 @@ TEST_F(Command, TakesStatementAndParametersToRunLater) {
 TEST_F(Command, OfAStorageRunsItsNewStatementAtOnce) {
   TelemetryStorage storage(file_.c_str(), "");
   auto* command = new SqlCommand("SELECT 1");
-  ASSERT_THAT(storage.Execute(command, false), Succeeds());
-  ASSERT_THAT(command->Next(), Succeeds());
+  ASSERT_THAT(storage.Execute(command, false), Succeeded());
+  ASSERT_THAT(command->Next(), Succeeded());
 
   command->Execute("SELECT 2", true, nullptr, 0);
 
-  EXPECT_THAT(command->GetLastError(), Succeeds());
+  EXPECT_THAT(command->GetLastError(), Succeeded());
   EXPECT_EQ(Texts(command->GetResults()), (std::vector<Row>{{"2"}}));
   EXPECT_TRUE(command->HasNext()) << "the new rows are read from their first";
 }
@@ -82,7 +82,7 @@ TEST_F(Command, OfAStorageRunsItsNewStatementAtOnce) {
 TEST_F(Command, OfAStorageReportsTheFailureOfItsNewStatement) {
   TelemetryStorage storage(file_.c_str(), "");
   auto* command = new SqlCommand("SELECT id FROM Samples");
-  ASSERT_THAT(storage.Execute(command, false), Succeeds());
+  ASSERT_THAT(storage.Execute(command, false), Succeeded());
 
   command->Execute("SELECT id FROM Missing", nullptr, 0);
 
@@ -114,10 +114,10 @@ TEST_F(Command, RefusesAnImpossibleParameterList) {
 TEST_F(Command, MayRunAgainOnItsStorage) {
   TelemetryStorage storage(file_.c_str(), "");
   auto* command = new SqlCommand("SELECT COUNT(*) FROM Samples");
-  ASSERT_THAT(storage.Execute(command, false), Succeeds());
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
+  ASSERT_THAT(storage.Execute(command, false), Succeeded());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
 
-  ASSERT_THAT(storage.Execute(command, false), Succeeds());
+  ASSERT_THAT(storage.Execute(command, false), Succeeded());
 
   EXPECT_EQ(Texts(command->GetResults()), (std::vector<Row>{{"2"}}));
 }

@@ -52,9 +52,9 @@ TEST_F(Compaction, GivesFreePagesBack) {
   CreateSamples(1000);
   const auto size = std::filesystem::file_size(file_);
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id > 1"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id > 1"), Succeeded());
 
-  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
 
   EXPECT_LT(std::filesystem::file_size(file_), size);
   EXPECT_EQ(Read(storage, "SELECT * FROM Samples"), (std::vector<Row>{{"1", "value 1"}}));
@@ -66,7 +66,7 @@ TEST_F(Compaction, OfADamagedFileLosesReadableRowsWithoutTheGuard) {
   TelemetryStorage storage(file_.c_str(), "");
   ASSERT_EQ(Read(storage, "SELECT v FROM Samples").size(), 60U);
 
-  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
 
   EXPECT_THAT(RunSql(storage, "SELECT v FROM Samples"), FailsWith(SQLITE_CORRUPT, "database disk image is malformed"));
 }
@@ -91,18 +91,31 @@ INSTANTIATE_TEST_SUITE_P(Compaction, GuardedCompaction,
                          testing::Values("VACUUM;", "vacuum", " \n\tVacuum main;", "-- tidy\nVACUUM",
                                          "/* tidy */VACUUM", ";;VACUUM", "\xEF\xBB\xBFVACUUM", "VACUUM/**/;"));
 
+TEST_F(Compaction, OfADamagedFileWithAWriteAheadLogFailsToo) {
+  CreateDamagedSamples();
+  Database(file_).Run("PRAGMA journal_mode=WAL");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  for (const char* statement : {"VACUUM;", "DELETE FROM Samples WHERE time = '2024-01-01'"}) {
+    EXPECT_THAT(RunSql(storage, statement),
+                FailsWith(SQLITE_CORRUPT, StartsWith("database disk image is malformed: ")));
+  }
+
+  EXPECT_EQ(Read(storage, "SELECT v FROM Samples").size(), 60U);
+}
+
 TEST_F(Compaction, GuardChecksNothingElse) {
   CreateDamagedSamples();
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "/* VACUUM */ SELECT v AS 'VACUUM' FROM Samples"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "/* VACUUM */ SELECT v AS 'VACUUM' FROM Samples"), Succeeded());
 }
 
 TEST_F(Compaction, KeepsARowThatBreaksACheckConstraint) {
   CreateRowUnder("CHECK(v > 0)", "-1");
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
 
   EXPECT_EQ(Read(storage, "SELECT v FROM Samples"), (std::vector<Row>{{"-1"}}));
 }
@@ -110,7 +123,7 @@ TEST_F(Compaction, KeepsARowThatBreaksACheckConstraint) {
 TEST_F(Compaction, LeavesCheckConstraintsInForceForLaterStatements) {
   CreateRowUnder("CHECK(v > 0)", "-1");
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
 
   EXPECT_THAT(RunSql(storage, "INSERT INTO Samples VALUES(-2)"),
               FailsWith(SQLITE_CONSTRAINT_CHECK, StartsWith("CHECK constraint failed")));
@@ -130,7 +143,7 @@ TEST_F(Compaction, KeepsANullInANotNullColumn) {
   CreateRowUnder("NOT NULL", "NULL");
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
 
   EXPECT_EQ(Read(storage, "SELECT v FROM Samples"), (std::vector<Row>{{""}}));
 }
@@ -158,7 +171,7 @@ TEST_F(Compaction, IsOneStatementForTheObserverAndChangesNoRow) {
   TelemetryStorage storage(file_.c_str(), "");
   const StatementLog log;
 
-  ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
 
   ASSERT_EQ(log.Sql(), std::vector<std::string>{"VACUUM;"});
   EXPECT_EQ(log.All()[0].rows_changed, 0);

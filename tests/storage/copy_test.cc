@@ -32,7 +32,7 @@ TEST_F(Copy, IsTheSamePageByPage) {
   Database(file_).Run("DELETE FROM Samples WHERE id % 2 = 0");
   const std::string before = Bytes(file_);
 
-  EXPECT_THAT(CopyNow(), Succeeds());
+  EXPECT_THAT(CopyNow(), Succeeded());
 
   EXPECT_EQ(Database(copy_).Query("SELECT * FROM Samples"), Database(file_).Query("SELECT * FROM Samples"));
   for (const char* fact : {"PRAGMA page_count", "PRAGMA freelist_count", "PRAGMA page_size"}) {
@@ -45,7 +45,7 @@ TEST_F(Copy, HoldsWhatStandsInTheLogOnly) {
   CreateSamples(3);
   Database collector(file_);
   collector.Run("PRAGMA journal_mode=WAL; INSERT INTO Samples VALUES (4, 'four')");
-  EXPECT_THAT(CopyNow(), Succeeds());
+  EXPECT_THAT(CopyNow(), Succeeded());
   EXPECT_EQ(Database(copy_).Count("Samples"), 4);
 }
 
@@ -53,14 +53,14 @@ TEST_F(Copy, IsOneMomentOfADatabaseThatChanges) {
   CreateSamples(3);
   Database collector(file_);
   collector.Run("BEGIN; DELETE FROM Samples");
-  EXPECT_THAT(CopyNow(), Succeeds());
+  EXPECT_THAT(CopyNow(), Succeeded());
   EXPECT_EQ(Database(copy_).Count("Samples"), 3);
 }
 
 TEST_F(Copy, IsMadeByAConnectionThatOnlyReads) {
   CreateSamples(3);
   const OptionScope reading(&shared::StorageOptions::read_only, true);
-  EXPECT_THAT(CopyNow(), Succeeds());
+  EXPECT_THAT(CopyNow(), Succeeded());
   EXPECT_EQ(Database(copy_).Count("Samples"), 3);
 }
 

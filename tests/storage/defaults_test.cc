@@ -1,6 +1,8 @@
 // A program of its own, which sets nothing: what a storage does in a process whose host says nothing.
 #include <sqlite3.h>
 
+#include <optional>
+
 #include "storage/storage_fixture.h"
 #include "support/environment.h"
 
@@ -33,6 +35,15 @@ TEST_F(Defaults, CompactWhateverItFrees) {
   EXPECT_EQ(shared::GetStorageOptions().compact_when_free, 0);
   EXPECT_EQ(shared::GetStorageOptions().compaction_limit, 0);
   EXPECT_FALSE(shared::GetStorageOptions().count_unused_bytes);
+}
+
+TEST_F(Defaults, OpenEveryDatabaseForWriting) {
+  Database(file_).Run("CREATE TABLE T(v)");
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_EQ(shared::GetStorageOptions().databases, std::nullopt);
+  EXPECT_FALSE(shared::GetStorageOptions().read_only);
+  EXPECT_THAT(RunSql(storage, "INSERT INTO T VALUES(1)"), Succeeded());
 }
 
 TEST_F(Defaults, LimitNoMemory) {

@@ -52,10 +52,15 @@ TEST_P(RefusedSchema, RunsNoStatementAndKeepsItsRows) {
   EXPECT_EQ(RowsLeft(), 3);
 }
 
-/// Creates an object and then gives it, in the schema's own table, a name of these bytes.
-std::string Renamed(const std::string& create, const std::string& name, const std::string& bytes) {
-  return create + "; PRAGMA writable_schema=ON; UPDATE sqlite_schema SET name = CAST(x'" + bytes +
+/// Creates an object and then gives it, in a column of the schema's own table, a text of these bytes.
+std::string Changed(const std::string& create, const std::string& name, const std::string& column,
+                    const std::string& bytes) {
+  return create + "; PRAGMA writable_schema=ON; UPDATE sqlite_schema SET " + column + " = CAST(x'" + bytes +
          "' AS TEXT) WHERE name = '" + name + "'";
+}
+
+std::string Renamed(const std::string& create, const std::string& name, const std::string& bytes) {
+  return Changed(create, name, "name", bytes);
 }
 
 // The name, a zero byte, and something that makes a comparison of whole names see another name.
@@ -63,6 +68,8 @@ constexpr const char* kStatistics = "64627374617400783031";
 constexpr const char* kUpperCaseStatistics = "44425354415400";
 constexpr const char* kOther = "4F746865720031";
 constexpr const char* kOtherAndNothing = "4F7468657200";
+constexpr const char* kTable = "7461626C6500";
+constexpr const char* kSamples = "53616D706C657300";
 
 INSTANTIATE_TEST_SUITE_P(
     StatisticsOfItsOwn, RefusedSchema,
@@ -79,11 +86,13 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     NameWithAZeroByte, RefusedSchema,
-    testing::Values(Schema{"Table", Renamed("CREATE TABLE Other(x)", "Other", kOther)},
-                    Schema{"Index", Renamed("CREATE INDEX Other ON Samples(v)", "Other", kOther)},
-                    Schema{"Trigger", Renamed("CREATE TRIGGER Other AFTER DELETE ON Samples BEGIN SELECT 1; END",
-                                              "Other", kOther)},
-                    Schema{"EndOfAView", Renamed("CREATE VIEW Other AS SELECT 1", "Other", kOtherAndNothing)}),
+    testing::Values(
+        Schema{"Table", Renamed("CREATE TABLE Other(x)", "Other", kOther)},
+        Schema{"Index", Renamed("CREATE INDEX Other ON Samples(v)", "Other", kOther)},
+        Schema{"Trigger", Renamed("CREATE TRIGGER Other AFTER DELETE ON Samples BEGIN SELECT 1; END", "Other", kOther)},
+        Schema{"EndOfAView", Renamed("CREATE VIEW Other AS SELECT 1", "Other", kOtherAndNothing)},
+        Schema{"TypeOfATable", Changed("CREATE TABLE Other(x)", "Other", "type", kTable)},
+        Schema{"TableOfAnIndex", Changed("CREATE INDEX Other ON Samples(v)", "Other", "tbl_name", kSamples)}),
     CaseName());
 
 INSTANTIATE_TEST_SUITE_P(
@@ -102,8 +111,8 @@ TEST_P(HarmlessSchema, IsWorkedWith) {
   TelemetryStorage storage(file_.c_str(), "");
 
   EXPECT_EQ(Read(storage, "SELECT DISTINCT name FROM dbstat WHERE name = 'Samples'"), (std::vector<Row>{{"Samples"}}));
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
-  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
   EXPECT_EQ(RowsLeft(), 2);
 }
 

@@ -64,8 +64,8 @@ class IndexKeptByTriggers : public StorageTest, public testing::WithParamInterfa
 TEST_P(IndexKeptByTriggers, StaysInStepWithTheTable) {
   {
     TelemetryStorage storage(file_.c_str(), "");
-    ASSERT_THAT(RunSql(storage, std::get<1>(GetParam())), Succeeds());
-    ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+    ASSERT_THAT(RunSql(storage, std::get<1>(GetParam())), Succeeded());
+    ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
   }
 
   Database database(file_);

@@ -58,7 +58,7 @@ TEST_F(InterruptedTransaction, OfOneDatabaseIsRolledBack) {
   TelemetryStorage storage(file_.c_str(), "");
 
   EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "3");
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
 }
 
 /// Where the killed program was. The first deletion commits both databases at once, the others tidy up.
@@ -114,7 +114,7 @@ TEST_P(KeptJournal, OfAFinishedTransactionOverTwoIsNoFailure) {
   TelemetryStorage storage(file_.c_str(), "");
 
   EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "1");
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
 }
 
 INSTANTIATE_TEST_SUITE_P(InterruptedTransaction, KeptJournal, testing::Values("PERSIST", "TRUNCATE"), CaseName());

@@ -74,7 +74,7 @@ TEST_F(Interruption, FailsLaterStatementsUntilTheyAreAllowedAgain) {
 
   shared::AllowStatements();
   EXPECT_FALSE(shared::StatementsInterrupted());
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
 }
 
 }  // namespace

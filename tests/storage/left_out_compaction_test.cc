@@ -71,7 +71,7 @@ class LeftOut : public StorageTest {
 
 TEST_F(LeftOut, IsNothingUnlessAskedFor) {
   CreatePages(1);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   EXPECT_FALSE(witness_->left_out);
   EXPECT_EQ(FreePages(), 0);
 }
@@ -79,7 +79,7 @@ TEST_F(LeftOut, IsNothingUnlessAskedFor) {
 TEST_F(LeftOut, IsWhatFreesLessThanTheShare) {
   CreatePages(24);
   const OptionScope option(&StorageOptions::compact_when_free, 25);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   ASSERT_TRUE(witness_->left_out && witness_->succeeded);
   EXPECT_EQ(witness_->left_out->reason, Reason::kLittleToFree);
   EXPECT_EQ(witness_->left_out->free_percent, 24);
@@ -92,7 +92,7 @@ TEST_F(LeftOut, IsNotWhatFreesJustTheShareOrMore) {
     fs::remove(file_);
     CreatePages(free_pages);
     const OptionScope option(&StorageOptions::compact_when_free, 25);
-    EXPECT_THAT(Compact(), Succeeds());
+    EXPECT_THAT(Compact(), Succeeded());
     EXPECT_FALSE(witness_->left_out);
     EXPECT_EQ(FreePages(), 0);
   }
@@ -109,16 +109,16 @@ TEST_F(LeftOut, CountsUnusedBytesWhenToldTo) {
   }
   const auto size = fs::file_size(file_);
   const OptionScope share(&StorageOptions::compact_when_free, 40);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   ASSERT_TRUE(witness_->left_out);
   EXPECT_LT(witness_->left_out->free_percent, 5);
 
   const OptionScope unused(&StorageOptions::count_unused_bytes, true);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   EXPECT_FALSE(witness_->left_out);
   EXPECT_LT(fs::file_size(file_), size);
 
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   ASSERT_TRUE(witness_->left_out);
   EXPECT_GT(witness_->left_out->free_percent, 0);
 }
@@ -126,7 +126,7 @@ TEST_F(LeftOut, CountsUnusedBytesWhenToldTo) {
 TEST_F(LeftOut, IsWhatWouldWriteMoreThanTheLimit) {
   CreatePages(50);
   const OptionScope option(&StorageOptions::compaction_limit, 50 * 4096 - 1);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   ASSERT_TRUE(witness_->left_out);
   EXPECT_EQ(witness_->left_out->reason, Reason::kTakesTooLong);
   EXPECT_EQ(witness_->left_out->bytes, 50 * 4096);
@@ -136,7 +136,7 @@ TEST_F(LeftOut, IsWhatWouldWriteMoreThanTheLimit) {
 TEST_F(LeftOut, IsNotWhatWritesJustTheLimit) {
   CreatePages(50);
   const OptionScope option(&StorageOptions::compaction_limit, 50 * 4096);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   EXPECT_FALSE(witness_->left_out);
   EXPECT_EQ(FreePages(), 0);
 }
@@ -144,7 +144,7 @@ TEST_F(LeftOut, IsNotWhatWritesJustTheLimit) {
 TEST_F(LeftOut, IsAnEmptyFile) {
   std::ofstream(file_).flush();
   const OptionScope option(&StorageOptions::compact_when_free, 1);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   EXPECT_TRUE(witness_->left_out);
   EXPECT_EQ(fs::file_size(file_), 0U);
 }
@@ -154,7 +154,7 @@ TEST_F(LeftOut, GoesByThePagesAndNotByTablesThatCallThemselvesSo) {
   Database(file_).Run(
       "CREATE TABLE pragma_freelist_count(freelist_count); INSERT INTO pragma_freelist_count VALUES(100)");
   const OptionScope option(&StorageOptions::compact_when_free, 25);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   EXPECT_TRUE(witness_->left_out);
 }
 
@@ -166,7 +166,7 @@ TEST_P(OtherWords, AreNeverLeftOut) {
   const OptionScope share(&StorageOptions::compact_when_free, 100);
   const OptionScope limit(&StorageOptions::compaction_limit, 1);
   TelemetryStorage storage(file_.c_str(), "");
-  EXPECT_THAT(RunSql(storage, GetParam()), Succeeds());
+  EXPECT_THAT(RunSql(storage, GetParam()), Succeeded());
   EXPECT_FALSE(witness_->left_out);
 }
 
@@ -178,7 +178,7 @@ TEST_F(LeftOut, IsNothingWithinATransactionWhichSqliteRefuses) {
   CreatePages(1);
   const OptionScope option(&StorageOptions::compact_when_free, 25);
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "BEGIN"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "BEGIN"), Succeeded());
   EXPECT_THAT(RunSql(storage, kCompact), FailsWith(SQLITE_ERROR, HasSubstr("within a transaction")));
 }
 
@@ -186,9 +186,9 @@ TEST_F(LeftOut, IsForgottenByTheNextStatement) {
   CreatePages(1);
   const OptionScope option(&StorageOptions::compact_when_free, 25);
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, kCompact), Succeeds());
+  ASSERT_THAT(RunSql(storage, kCompact), Succeeded());
   ASSERT_TRUE(witness_->left_out);
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Kept"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Kept"), Succeeded());
   EXPECT_FALSE(witness_->left_out);
 }
 
@@ -205,7 +205,7 @@ TEST_F(LeftOut, NeedsNoPermissionToWrite) {
   const OptionScope reading(&StorageOptions::read_only, true);
   EXPECT_TRUE(Compact().Failed());
   const OptionScope option(&StorageOptions::compact_when_free, 25);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   EXPECT_TRUE(witness_->left_out);
 }
 
@@ -216,7 +216,7 @@ TEST_F(LeftOut, DoesNotWaitForOneWhoWrites) {
   const OptionScope impatient(&StorageOptions::busy_timeout, std::chrono::milliseconds(0));
   EXPECT_THAT(Compact(), FailsWith(SQLITE_BUSY, HasSubstr("locked")));
   const OptionScope option(&StorageOptions::compact_when_free, 25);
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   EXPECT_TRUE(witness_->left_out);
 }
 
@@ -235,7 +235,7 @@ TEST_F(LeftOut, WaitsForALockOnReading) {
     writer.Run("ROLLBACK");
   });
   const OptionScope patient(&StorageOptions::busy_timeout, std::chrono::minutes(1));
-  EXPECT_THAT(Compact(), Succeeds());
+  EXPECT_THAT(Compact(), Succeeded());
   EXPECT_TRUE(witness_->left_out);
 }
 

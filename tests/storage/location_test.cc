@@ -27,10 +27,10 @@ TEST_F(Location, OfAContractIsItsDatabaseOptionInTheDataDirectory) {
 
   TelemetryStorage storage(&contract, "");
 
-  EXPECT_THAT(storage.GetLastError(), Succeeds());
+  EXPECT_THAT(storage.GetLastError(), Succeeded());
   EXPECT_STREQ(storage.GetDataBaseName(), "DeviceUsage.db");
   EXPECT_EQ(storage.GetDataBasePath(), dir_ / "DeviceUsage.db");
-  EXPECT_THAT(RunSql(storage, "DELETE FROM PowerEvents"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM PowerEvents"), Succeeded());
 }
 
 TEST_F(Location, KeepsTheSpellingOfTheOption) {

@@ -27,7 +27,7 @@ TEST_P(LockKinds, HeldLongerThanTheTimeoutAreTheResult) {
   EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), FailsWith(SQLITE_BUSY, "database is locked"));
 
   other.Run("ROLLBACK");
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
 }
 
 INSTANTIATE_TEST_SUITE_P(Locking, LockKinds, testing::Values("BEGIN IMMEDIATE", "BEGIN EXCLUSIVE"));
@@ -57,7 +57,7 @@ TEST_F(Locking, WaitsForALockThatIsReleasedInTime) {
   signal->Wait();
   other.Run("COMMIT");
 
-  EXPECT_THAT(result.get(), Succeeds());
+  EXPECT_THAT(result.get(), Succeeded());
   EXPECT_EQ(other.Count("Samples"), 0);
   shared::SetStatementObserver(former);
 }

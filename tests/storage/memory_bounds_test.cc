@@ -54,7 +54,7 @@ TEST_P(HugeCacheInTheHeader, IsNotTaken) {
   TelemetryStorage storage(file_.c_str(), "");
   const PeakMemory peak;
 
-  EXPECT_THAT(RunSql(storage, GetParam().statement), Succeeds());
+  EXPECT_THAT(RunSql(storage, GetParam().statement), Succeeded());
 
   EXPECT_LT(peak.Bytes(), 100 * kMegabyte);
 }
@@ -73,7 +73,7 @@ TEST_F(CacheSize, OfTheHeaderIsReplacedByTheOneThatSqliteHasByDefault) {
   CreateSamples(1);
   Database(file_).Run("PRAGMA default_cache_size=100000000");
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "SELECT COUNT(*) FROM Samples"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "SELECT COUNT(*) FROM Samples"), Succeeded());
 
   EXPECT_EQ(ReadValue(storage, "PRAGMA main.cache_size"), Database(":memory:").Query("PRAGMA cache_size")[0][0]);
 }
@@ -163,12 +163,12 @@ TEST_F(MemoryLimit, EndsWithTheOptionsThatSetIt) {
   {
     const OptionScope limit(&shared::StorageOptions::memory_limit, 64 * kMegabyte);
     TelemetryStorage storage(file_.c_str(), "");
-    ASSERT_THAT(RunSql(storage, "SELECT 1"), Succeeds());
+    ASSERT_THAT(RunSql(storage, "SELECT 1"), Succeeded());
     EXPECT_EQ(sqlite3_hard_heap_limit64(-1), 64 * kMegabyte);
   }
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "SELECT length(zeroblob(1))"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "SELECT length(zeroblob(1))"), Succeeded());
   EXPECT_EQ(sqlite3_hard_heap_limit64(-1), before);
 }
 
@@ -177,7 +177,7 @@ TEST_F(MemoryLimit, OfTheHostStaysWithoutTheOption) {
   const std::int64_t before = sqlite3_hard_heap_limit64(200 * kMegabyte);
   {
     TelemetryStorage storage(file_.c_str(), "");
-    EXPECT_THAT(RunSql(storage, "SELECT 1"), Succeeds());
+    EXPECT_THAT(RunSql(storage, "SELECT 1"), Succeeded());
     EXPECT_EQ(sqlite3_hard_heap_limit64(-1), 200 * kMegabyte);
   }
   sqlite3_hard_heap_limit64(before);

@@ -53,7 +53,7 @@ class Observer : public StorageTest {
 TEST_F(Observer, SeesEachStatementOnceBeforeAndAfterItRuns) {
   TelemetryStorage storage(file_.c_str(), "");
 
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id < 3"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id < 3"), Succeeded());
   ASSERT_TRUE(RunSql(storage, "DELETE FROM Missing").Failed());
 
   EXPECT_EQ(recorder_->lines,
@@ -67,7 +67,7 @@ TEST_F(Observer, SeesEachStatementOnceBeforeAndAfterItRuns) {
 TEST_F(Observer, SeesStatementsOfACommandThatRunsAgain) {
   TelemetryStorage storage(file_.c_str(), "");
   auto* command = new SqlCommand("SELECT 1");
-  ASSERT_THAT(storage.Execute(command, false), Succeeds());
+  ASSERT_THAT(storage.Execute(command, false), Succeeded());
 
   command->Execute("SELECT 2", nullptr, 0);
 
@@ -93,7 +93,7 @@ TEST_F(Observer, IsHandedBackWhenAnotherOneTakesItsPlace) {
   EXPECT_EQ(shared::GetStatementObserver(), nullptr);
 
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "SELECT 1"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "SELECT 1"), Succeeded());
   EXPECT_TRUE(recorder_->lines.empty());
 }
 
@@ -144,7 +144,7 @@ TEST_P(RowsChanged, CountThisStatementAlone) {
   CreateSamples(5);
   Database(file_).Run("CREATE UNIQUE INDEX OneValue ON Samples(v)");
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
   const StatementLog log;
 
   static_cast<void>(RunSql(storage, GetParam().sql));

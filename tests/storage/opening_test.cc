@@ -19,8 +19,8 @@ TEST_F(Opening, ReadsAndWritesAnExistingDatabase) {
 
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(storage.GetLastError(), Succeeds());
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 2"), Succeeds());
+  EXPECT_THAT(storage.GetLastError(), Succeeded());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 2"), Succeeded());
   EXPECT_EQ(Read(storage, "SELECT id FROM Samples"), (std::vector<Row>{{"1"}, {"3"}}));
 }
 
@@ -44,7 +44,7 @@ TEST_F(Opening, ReportsAMissingFileAtOnceAndInEveryExecute) {
 TEST_F(Opening, IsForTheFirstStatement) {
   CreateSamples(3);
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(storage.GetLastError(), Succeeds());
+  ASSERT_THAT(storage.GetLastError(), Succeeded());
 
   std::filesystem::remove(file_);
 
@@ -78,7 +78,7 @@ TEST_F(Opening, FollowsASymbolicLinkToADatabase) {
 
   TelemetryStorage storage(link.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
   EXPECT_STREQ(storage.GetDataBasePath(), link.c_str());
 }
 
@@ -109,7 +109,7 @@ TEST_F(Opening, WaitsForNoLock) {
 
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(storage.GetLastError(), Succeeds());
+  EXPECT_THAT(storage.GetLastError(), Succeeded());
 }
 
 TEST_F(Opening, ClosesTheDatabaseWithTheStorage) {
@@ -118,7 +118,7 @@ TEST_F(Opening, ClosesTheDatabaseWithTheStorage) {
 
   {
     TelemetryStorage storage(file_.c_str(), "");
-    ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+    ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
     ASSERT_TRUE(std::filesystem::exists(file_ + "-wal"));
   }
 
@@ -142,7 +142,7 @@ TEST_P(PlainNames, AreFileNamesAndNothingElse) {
 
   TelemetryStorage storage(name.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Found"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Found"), Succeeded());
   EXPECT_EQ(storage.GetDataBaseName(), name);
 }
 

@@ -120,7 +120,7 @@ TEST_F(PlantedJournal, ThatIsTakenAwayLeavesAllRowsAndTheStorageUsable) {
   std::filesystem::remove(journal_file_);
 
   EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "3");
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
 }
 
 }  // namespace

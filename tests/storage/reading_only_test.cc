@@ -65,11 +65,11 @@ TEST_P(ReadingOnly, KeepsOneViewWithinATransaction) {
   Database collector(file_);
   collector.Run("INSERT INTO Samples VALUES (4, 'four')");
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "BEGIN"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "BEGIN"), Succeeded());
   EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "4");
   collector.Run("INSERT INTO Samples VALUES (5, 'five')");
   EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "4");
-  EXPECT_THAT(RunSql(storage, "ROLLBACK"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "ROLLBACK"), Succeeded());
 }
 
 TEST_P(ReadingOnly, FindsDamageAsOthersDo) {

@@ -19,7 +19,7 @@ class Results : public StorageTest {
   Rows ResultsOf(const char* sql) {
     TelemetryStorage storage(file_.c_str(), "");
     auto* command = new SqlCommand(sql);
-    EXPECT_THAT(storage.Execute(command, false), Succeeds());
+    EXPECT_THAT(storage.Execute(command, false), Succeeded());
     return command->GetResults();
   }
 };

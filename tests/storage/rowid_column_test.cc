@@ -62,8 +62,8 @@ TEST_P(ForeignRowid, LeavesReadingCompactionAndOtherTablesAlone) {
 
   EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "3");
   EXPECT_EQ(Read(storage, "SELECT pgsize, pageno FROM dbstat WHERE name='Samples'").size(), 1U);
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Other WHERE rowid IN (SELECT rowid FROM Other LIMIT 1)"), Succeeds());
-  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Other WHERE rowid IN (SELECT rowid FROM Other LIMIT 1)"), Succeeded());
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -86,7 +86,7 @@ using OwnRowid = RowidColumn;
 TEST_P(OwnRowid, TrimsTheOldestRow) {
   TelemetryStorage storage(file_.c_str(), "");
 
-  ASSERT_THAT(RunSql(storage, kTrim), Succeeds());
+  ASSERT_THAT(RunSql(storage, kTrim), Succeeded());
 
   Database database(file_);
   EXPECT_EQ(database.Count("Samples"), 2);
@@ -111,8 +111,8 @@ TEST_F(WithoutRowid, AndWithoutSuchAColumnATableCanBeWrittenButNotTrimmed) {
   Database(file_).Run("CREATE TABLE Samples(v INTEGER PRIMARY KEY) WITHOUT ROWID; INSERT INTO Samples VALUES(1), (2)");
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE v = 1"), Succeeds());
-  EXPECT_THAT(RunSql(storage, kTrim), AllOf(Not(Succeeds()), testing::Field(&Error::what, HasSubstr("rowid"))));
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE v = 1"), Succeeded());
+  EXPECT_THAT(RunSql(storage, kTrim), AllOf(Not(Succeeded()), testing::Field(&Error::what, HasSubstr("rowid"))));
 
   EXPECT_EQ(Database(file_).Count("Samples"), 1);
 }

@@ -21,8 +21,8 @@ TEST_F(ShownDatabases, CanBeOpened) {
   const OptionScope shown(&shared::StorageOptions::databases, Names({"Other.db", "Test.db"}));
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(storage.GetLastError(), Succeeds());
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  EXPECT_THAT(storage.GetLastError(), Succeeded());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
 }
 
 TEST_F(ShownDatabases, LeaveEveryOtherOneAlone) {

@@ -72,10 +72,10 @@ TEST_P(OwnFiles, AreAllThatIsOpenedDeletedOrAskedFor) {
   const NamedFiles named;
   {
     TelemetryStorage storage(file_.c_str(), "");
-    ASSERT_THAT(RunSql(storage, "SELECT COUNT(*) FROM Samples"), Succeeds());
-    ASSERT_THAT(RunSql(storage, "SELECT * FROM Samples ORDER BY v"), Succeeds());
-    ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id > 100"), Succeeds());
-    ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+    ASSERT_THAT(RunSql(storage, "SELECT COUNT(*) FROM Samples"), Succeeded());
+    ASSERT_THAT(RunSql(storage, "SELECT * FROM Samples ORDER BY v"), Succeeded());
+    ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id > 100"), Succeeded());
+    ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
   }
 
   const std::string file = std::filesystem::canonical(file_).string();
@@ -105,7 +105,7 @@ TEST_P(OtherFiles, AreNotReachedByStatements) {
   std::string statement = GetParam().statement;
   statement.replace(statement.find("{}"), 2, path);
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "SELECT COUNT(*) FROM Samples"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "SELECT COUNT(*) FROM Samples"), Succeeded());
   const bool existed = std::filesystem::exists(path);
   const NamedFiles named;
 

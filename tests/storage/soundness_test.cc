@@ -24,7 +24,7 @@ class Soundness : public StorageTest {
   /// A first statement, which looks through the file.
   void Visit() {
     TelemetryStorage storage(file_.c_str(), "");
-    ASSERT_THAT(RunSql(storage, kDelete), Succeeds());
+    ASSERT_THAT(RunSql(storage, kDelete), Succeeded());
   }
 
   /// Rows without entries in the index, made by transactions of SQLite.
@@ -68,7 +68,7 @@ TEST_F(Soundness, IsRememberedThroughTransactionsOfOtherPrograms) {
   Visit();
   SpoilIndex(file_);
 
-  EXPECT_THAT(Delete(), Succeeds()) << "checked again, the file would be refused";
+  EXPECT_THAT(Delete(), Succeeded()) << "checked again, the file would be refused";
 }
 
 TEST_F(Soundness, OfAFileThatWasReplacedIsNotRemembered) {
@@ -100,14 +100,66 @@ TEST_F(Soundness, OfADamagedFileIsSeenAgainOnceItWasMended) {
   ASSERT_THAT(Delete(), FailsWith(SQLITE_CORRUPT, testing::_));
   fs::rename(dir_ / "Kept.db", file_);
 
-  EXPECT_THAT(Delete(), Succeeds());
+  EXPECT_THAT(Delete(), Succeeded());
+}
+
+TEST_F(Soundness, OfADamagedFileIsSeenAgainOnceItWasMendedInItsPlace) {
+  fs::copy_file(file_, dir_ / "Kept.db");
+  OverwriteAPage();
+  ASSERT_THAT(Delete(), FailsWith(SQLITE_CORRUPT, testing::_));
+  fs::copy_file(dir_ / "Kept.db", file_, fs::copy_options::overwrite_existing);
+  fs::last_write_time(file_, fs::last_write_time(file_) + std::chrono::seconds(3));
+
+  EXPECT_THAT(Delete(), Succeeded());
+}
+
+// Writers that do not keep the size in the header leave the number beside it as it was.
+TEST_F(Soundness, OfAFileWhoseHeaderIsOfSeveralMomentsIsNotRemembered) {
+  Visit();
+  SpoilIndex(file_);
+  constexpr int kValidFor = 92;
+  std::fstream stream(file_, std::ios::binary | std::ios::in | std::ios::out);
+  stream.seekp(kValidFor);
+  stream << std::string(4, '\0');
+  stream.close();
+  fs::last_write_time(file_, fs::last_write_time(file_) + std::chrono::seconds(1));
+
+  EXPECT_THAT(Delete(), FailsWith(SQLITE_CORRUPT, HasSubstr("index ByValue")));
+}
+
+TEST_F(Soundness, IsForgottenWhenAStatementMeetsDamage) {
+  Database(file_).Run("CREATE TABLE Other(x); INSERT INTO Other VALUES(1)");
+  Visit();
+  Database(file_).Run(
+      "PRAGMA writable_schema=ON; UPDATE sqlite_schema SET rootpage = "
+      "(SELECT rootpage FROM sqlite_schema WHERE name = 'ByValue') WHERE name = 'Other'");
+  {
+    TelemetryStorage storage(file_.c_str(), "");
+    ASSERT_THAT(RunSql(storage, "DELETE FROM Other WHERE x = 1"),
+                FailsWith(SQLITE_CORRUPT, "database disk image is malformed"))
+        << "without a check, which would tell where";
+  }
+
+  EXPECT_THAT(Delete(), FailsWith(SQLITE_CORRUPT, StartsWith("database disk image is malformed: ")));
+}
+
+TEST_F(Soundness, IsNotRememberedOfACheckThatWasEnded) {
+  Database(file_).Run(
+      "WITH RECURSIVE n(i) AS (SELECT 10000 UNION ALL SELECT i + 1 FROM n WHERE i < 300000) "
+      "INSERT INTO Samples SELECT i, 'value ' || i FROM n");
+  {
+    const OptionScope limit(&shared::StorageOptions::statement_time_limit, std::chrono::milliseconds(1));
+    ASSERT_THAT(Delete(), FailsWith(SQLITE_INTERRUPT, testing::_));
+  }
+
+  EXPECT_THAT(Delete(), Succeeded());
 }
 
 TEST_F(Soundness, IsNotAskedForWhenTheOptionIsOff) {
   const OptionScope off(&shared::StorageOptions::check_soundness, false);
   SpoilIndex(file_);
 
-  EXPECT_THAT(Delete(), Succeeds());
+  EXPECT_THAT(Delete(), Succeeded());
 }
 
 TEST_F(Soundness, DoesNotMatterToReading) {

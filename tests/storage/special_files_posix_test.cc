@@ -74,7 +74,7 @@ TEST_P(UriNames, ArePlainFileNames) {
 
   TelemetryStorage storage(GetParam(), "");
 
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Found"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Found"), Succeeded());
 }
 
 TEST_P(UriNames, OpenNothingElseWhenMissing) {

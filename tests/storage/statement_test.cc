@@ -44,8 +44,8 @@ TEST_F(Statement, LeavesItsOutcomeInGetLastError) {
   ASSERT_TRUE(RunSql(storage, "DELETE FROM Missing").Failed());
   EXPECT_THAT(storage.GetLastError(), FailsWith(SQLITE_ERROR, "no such table: Missing"));
 
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
-  EXPECT_THAT(storage.GetLastError(), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
+  EXPECT_THAT(storage.GetLastError(), Succeeded());
 }
 
 TEST_F(Statement, ThatRunsLongerThanItsLimitIsEnded) {
@@ -71,7 +71,7 @@ class OneStatement : public Statement, public testing::WithParamInterface<const 
 TEST_P(OneStatement, RunsWithWhatMayFollowIt) {
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, GetParam()), Succeeds());
+  EXPECT_THAT(RunSql(storage, GetParam()), Succeeded());
   EXPECT_EQ(Database(file_).Count("Samples"), 0);
 }
 
@@ -116,8 +116,8 @@ TEST_P(JournalModes, StayAsTheyAreAndSoDoesTheSchema) {
 
   {
     TelemetryStorage storage(file_.c_str(), "");
-    ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
-    ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+    ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
+    ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
   }
 
   Database after(file_);

@@ -13,6 +13,7 @@
 #include "storage/telemetry_storage.h"
 #include "support/database.h"
 #include "support/option_scope.h"
+#include "support/record_matchers.h"
 #include "support/temp_dir.h"
 
 namespace corvo::telemetry::common {
@@ -24,8 +25,6 @@ namespace corvo::test {
 using shared::SqlCommand;
 using shared::TelemetryStorage;
 using telemetry::common::Error;
-
-inline auto Succeeds() { return testing::Property("Failed", &Error::Failed, false); }
 
 /// A record that the storage makes: SQLite's extended code, and a text that `what` matches.
 template <class Matcher>

@@ -23,7 +23,7 @@ TEST_F(TimeLimit, IsKeptInAForkedProcess) {
   CreateSamples(3);
   const OptionScope limit(&shared::StorageOptions::statement_time_limit, std::chrono::milliseconds(50));
   TelemetryStorage former(file_.c_str(), "");
-  ASSERT_THAT(RunSql(former, "SELECT 1"), Succeeds());
+  ASSERT_THAT(RunSql(former, "SELECT 1"), Succeeded());
   const auto query_without_end = [this] {
     TelemetryStorage storage(file_.c_str(), "");
     return RunSql(storage, "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT COUNT(*) FROM n");

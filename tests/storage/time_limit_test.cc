@@ -73,6 +73,18 @@ TEST_F(RepeatingTree, IsCountedNoLongerThanTheLimitAllows) {
   EXPECT_LT(steady_clock::now() - start, seconds(3));
 }
 
+// A damaged file is read for ten seconds at most.
+TEST_F(RepeatingTree, IsNotCountedForEverWithoutALimit) {
+  constexpr std::uint32_t kLevels = 7;
+  CreateRepeatingTree(kLevels);
+  TelemetryStorage storage(file_.c_str(), "");
+  const auto start = steady_clock::now();
+
+  EXPECT_TRUE(shared::IsInterrupted(RunSql(storage, "SELECT COUNT(*) FROM Samples")));
+
+  EXPECT_LT(steady_clock::now() - start, seconds(20));
+}
+
 TEST_F(RepeatingTree, IsDamageToAStatementThatWrites) {
   constexpr std::uint32_t kLevels = 5;
   CreateRepeatingTree(kLevels);
@@ -107,7 +119,7 @@ TEST_P(EndlessStatement, IsEndedAndRolledBackAndLeavesTheStorageUsable) {
 
   EXPECT_LT(steady_clock::now() - start, seconds(3));
   EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "3");
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
 }
 
 INSTANTIATE_TEST_SUITE_P(TimeLimit, EndlessStatement,
@@ -158,9 +170,9 @@ TEST_F(TimeLimit, StartsAnewForEachStatement) {
     ASSERT_THAT(RunSql(storage,
                        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20000) "
                        "SELECT MAX(i) FROM n"),
-                Succeeds());
+                Succeeded());
   }
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
 }
 
 TEST_F(TimeLimit, StartsAnewForACommandThatRunsAgain) {
@@ -172,7 +184,7 @@ TEST_F(TimeLimit, StartsAnewForACommandThatRunsAgain) {
 
   command->Execute("SELECT COUNT(*) FROM Samples", nullptr, 0);
 
-  EXPECT_THAT(command->GetLastError(), Succeeds());
+  EXPECT_THAT(command->GetLastError(), Succeeded());
   EXPECT_EQ(Texts(command->GetResults()), (std::vector<Row>{{"3"}}));
 }
 

@@ -26,7 +26,7 @@ TEST_F(TriggersAndViews, CountWhatIsDeleted) {
       "CREATE TRIGGER Counting AFTER DELETE ON Samples BEGIN UPDATE Counter SET n = n + 1; END");
   TelemetryStorage storage(file_.c_str(), "");
 
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id > 2"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id > 2"), Succeeded());
 
   EXPECT_EQ(Number("SELECT n FROM Counter"), 3);
   EXPECT_EQ(Number("SELECT COUNT(*) FROM Samples"), 2);
@@ -37,7 +37,7 @@ TEST_F(TriggersAndViews, SpreadADeletionThatTheFileAsksFor) {
       "CREATE TRIGGER Spread AFTER DELETE ON Samples BEGIN DELETE FROM Parts WHERE sample = old.id; END");
   TelemetryStorage storage(file_.c_str(), "");
 
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
 
   EXPECT_EQ(Number("SELECT COUNT(*) FROM Parts"), 4);
 }
@@ -50,10 +50,10 @@ TEST_P(RowsChangedByTriggers, AreNotThoseOfTheStatement) {
       "CREATE TRIGGER Deleted AFTER DELETE ON Samples BEGIN INSERT INTO Log VALUES(1), (2), (3); END;"
       "CREATE TRIGGER Changed AFTER UPDATE ON Samples BEGIN DELETE FROM Log; INSERT INTO Log VALUES(4); END");
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
   const StatementLog log;
 
-  ASSERT_THAT(RunSql(storage, GetParam().first), Succeeds());
+  ASSERT_THAT(RunSql(storage, GetParam().first), Succeeded());
 
   EXPECT_EQ(log.All().at(0).rows_changed, GetParam().second);
 }
@@ -82,7 +82,7 @@ TEST_P(AbortingTrigger, FailsTheStatementWithItsTextAndKeepsTheRows) {
   EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), FailsWith(SQLITE_CONSTRAINT_TRIGGER, "not today"));
 
   EXPECT_EQ(Number("SELECT COUNT(*) FROM Samples"), 5);
-  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "DELETE FROM Samples WHERE id = 1"), Succeeded());
 }
 
 INSTANTIATE_TEST_SUITE_P(TriggersAndViews, AbortingTrigger,

@@ -22,7 +22,7 @@ TEST_F(UntrustedFile, RunsNoTriggerOfItsOwnWhenTheyAreSwitchedOff) {
   database.Run("CREATE TRIGGER Spread AFTER DELETE ON Samples BEGIN DELETE FROM Kept; END");
   TelemetryStorage storage(file_.c_str(), "");
 
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
 
   EXPECT_EQ(database.Count("Samples"), 0);
   EXPECT_EQ(database.Count("Kept"), 1);
@@ -34,7 +34,7 @@ TEST_F(UntrustedFile, DeletesNothingThroughForeignKeys) {
   database.Run("CREATE TABLE Kept(x REFERENCES Samples(id) ON DELETE CASCADE); INSERT INTO Kept VALUES(1);");
   TelemetryStorage storage(file_.c_str(), "");
 
-  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "DELETE FROM Samples"), Succeeded());
 
   EXPECT_EQ(database.Count("Kept"), 1);
 }
@@ -56,7 +56,7 @@ TEST_F(UntrustedFile, KeepsTriggersAndViewsThroughCompaction) {
   const std::vector<Row> schema = database.Query("SELECT type, name, sql FROM sqlite_schema ORDER BY name");
   TelemetryStorage storage(file_.c_str(), "");
 
-  ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
 
   EXPECT_EQ(database.Query("SELECT type, name, sql FROM sqlite_schema ORDER BY name"), schema);
 }
@@ -64,7 +64,7 @@ TEST_F(UntrustedFile, KeepsTriggersAndViewsThroughCompaction) {
 TEST_F(UntrustedFile, CannotChangeItsSchemaByHand) {
   CreateSamples(1);
   TelemetryStorage storage(file_.c_str(), "");
-  ASSERT_THAT(RunSql(storage, "PRAGMA writable_schema=ON"), Succeeds());
+  ASSERT_THAT(RunSql(storage, "PRAGMA writable_schema=ON"), Succeeded());
 
   EXPECT_THAT(RunSql(storage, "DELETE FROM sqlite_schema"),
               FailsWith(SQLITE_ERROR, "table sqlite_master may not be modified"));
@@ -99,7 +99,7 @@ TEST_P(PlantedStatistics, AreRefusedForEveryStatement) {
   TelemetryStorage storage(file_.c_str(), "");
   const auto refused = FailsWith(SQLITE_AUTH, StartsWith("authorization denied: the schema has an object named "));
 
-  EXPECT_THAT(storage.GetLastError(), Succeeds()) << "the schema is not read before it is needed";
+  EXPECT_THAT(storage.GetLastError(), Succeeded()) << "the schema is not read before it is needed";
   EXPECT_THAT(RunSql(storage, "SELECT pgsize, pageno FROM dbstat WHERE name='Samples'"), refused);
   EXPECT_THAT(RunSql(storage, "DELETE FROM Samples"), refused);
   EXPECT_EQ(Database(file_).Count("Samples"), 1);
@@ -190,7 +190,7 @@ TEST_F(UntrustedFile, CanBeJoinedByOneOtherDatabaseOnly) {
   CreateSamples(1);
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "ATTACH ':memory:' AS one"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "ATTACH ':memory:' AS one"), Succeeded());
   EXPECT_THAT(RunSql(storage, "ATTACH ':memory:' AS two"),
               FailsWith(SQLITE_ERROR, "too many attached databases - max 1"));
 }
@@ -200,7 +200,7 @@ TEST_F(UntrustedFile, MayHoldLargeRowsAndStillBeCompacted) {
   Database(file_).Run("INSERT INTO Samples VALUES(2, zeroblob(20000000))");
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeds());
+  EXPECT_THAT(RunSql(storage, "VACUUM;"), Succeeded());
   EXPECT_EQ(ReadValue(storage, "SELECT length(v) FROM Samples WHERE id = 2"), "20000000");
 }
 

@@ -59,9 +59,9 @@ TEST_F(StatementText, MayBeAnyKindOfString) {
   TelemetryStorage storage(file_.c_str(), "");
   const std::string text = "SELECT COUNT(*) FROM Samples";
 
-  EXPECT_THAT(storage.Execute(new SqlCommand(text), false), Succeeds());
-  EXPECT_THAT(storage.Execute(new SqlCommand(text.c_str()), false), Succeeds());
-  EXPECT_THAT(storage.Execute(new SqlCommand(std::string_view("SELECT 1, nonsense").substr(0, 8)), false), Succeeds());
+  EXPECT_THAT(storage.Execute(new SqlCommand(text), false), Succeeded());
+  EXPECT_THAT(storage.Execute(new SqlCommand(text.c_str()), false), Succeeded());
+  EXPECT_THAT(storage.Execute(new SqlCommand(std::string_view("SELECT 1, nonsense").substr(0, 8)), false), Succeeded());
   EXPECT_THAT(storage.Execute(new SqlCommand(std::string_view()), false),
               FailsWith(SQLITE_MISUSE, HasSubstr("no statement")));
 }
@@ -74,7 +74,7 @@ TEST_F(StatementText, ReplacedInARefusedCommandRuns) {
 
   command->Execute("SELECT COUNT(*) FROM Samples", nullptr, 0);
 
-  EXPECT_THAT(command->GetLastError(), Succeeds());
+  EXPECT_THAT(command->GetLastError(), Succeeded());
   EXPECT_EQ(Texts(command->GetResults()), (std::vector<Row>{{"3"}}));
 }
 
