@@ -46,6 +46,14 @@ TEST(RunText, PutsSizesIntoATableOfTheirOwnWhereTheTerminalIsNarrow) {
                         "Total                  2.0 MB    500.0 kB  1.5 MB\n"));
 }
 
+TEST(RunText, GivesNoSumOfRowsThatCouldNotAllBeCounted) {
+  RunReport report = test::SampleReport();
+  report.databases[0].tables.push_back({.table = "Fan", .rows_before = 30});
+  const std::string text = RunText(report, false);
+  EXPECT_THAT(text, HasSubstr("HealthLog               1,530      900        100           ?"));
+  EXPECT_THAT(text, HasSubstr("Total                   1,530      900        100           ?"));
+}
+
 TEST(RunText, OfAPlanSaysWhatWouldBe) {
   RunReport report = test::SampleReport();
   report.planned = true;

@@ -95,10 +95,11 @@ Sums SumUp(const DatabaseReport& database) {
   Sums sums{.bytes_before = database.bytes_before, .bytes_after = database.bytes_after};
   for (const TableReport& table : database.tables) {
     sums.deleted.Add(table.deleted);
-    if (table.rows_before && table.rows_after) {
-      sums.known = true;
+    if (table.rows_before) {
+      sums.before_known = true;
+      sums.after_known = sums.after_known && table.rows_after;
       sums.before += *table.rows_before;
-      sums.after += *table.rows_after;
+      sums.after += table.rows_after.value_or(0);
       sums.added += table.AddedByOthers().value_or(0);
     }
   }
@@ -108,8 +109,8 @@ Sums SumUp(const DatabaseReport& database) {
 Row RowOf(const std::string& name, const Sums& sums) {
   return {.name = name,
           .tone = Tone::kStrong,
-          .before = sums.known ? WithSeparators(sums.before) : "?",
-          .after = sums.known ? WithSeparators(sums.after) : "?",
+          .before = sums.before_known ? WithSeparators(sums.before) : "?",
+          .after = sums.before_known && sums.after_known ? WithSeparators(sums.after) : "?",
           .deleted = sums.deleted,
           .added = sums.added,
           .bytes_before = sums.bytes_before,
@@ -175,7 +176,8 @@ std::vector<Row> WithSizeOrDay(std::vector<Row> rows) {
 void Sums::Add(const Sums& other) {
   before += other.before;
   after += other.after;
-  known = known || other.known;
+  before_known = before_known || other.before_known;
+  after_known = after_known && other.after_known;
   deleted.Add(other.deleted);
   added += other.added;
   bytes_before += other.bytes_before;

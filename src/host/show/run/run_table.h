@@ -7,11 +7,12 @@
 
 namespace corvo::telemetry::host {
 
-/// Sums over the tables that could be counted both times, and over the files.
+/// Sums over the tables that could be counted before the run, and over the files.
 struct Sums {
   std::int64_t before = 0;
   std::int64_t after = 0;
-  bool known = false;  ///< there was such a table
+  bool before_known = false;  ///< there was such a table
+  bool after_known = true;    ///< each of them could be counted after the run, too
   Deleted deleted = {};
   std::int64_t added = 0;
   std::int64_t bytes_before = 0;
