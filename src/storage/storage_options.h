@@ -18,8 +18,8 @@ struct StorageOptions {
   std::string data_directory;
 
   /// The file names (HealthLog.db) of the databases that may be opened, exactly as they are asked for; every other one
-  /// counts as not openable (`IsCannotOpen`), and its path is still given. None, the default, is all of them. For a
-  /// host that wants a pass to leave databases alone. Costs nothing.
+  /// counts as not openable (`IsCannotOpen`), and the path that it gives is one below its file, where nothing can be.
+  /// None, the default, is all of them. For a host that wants a pass to leave databases alone. Costs nothing.
   std::optional<std::set<std::string>> databases;
 
   /// How long a statement waits for a lock of another connection. A lock held longer is the statement's result

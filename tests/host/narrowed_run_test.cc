@@ -15,6 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 class NarrowedRun : public RunTest {
  protected:
@@ -145,14 +146,40 @@ TEST_F(NarrowedRun, IsRefusedWhileAnotherRunHoldsTheDirectory) {
   EXPECT_EQ(Run({"--wait", "1"}).exit_code, 11);
 }
 
-TEST_F(NarrowedRun, NamesAFileThatFailsThePassBecauseItHasTheNameOfAContract) {
-  Generate();
+/// A file that a pass takes for the database of a contract where that one cannot be opened.
+class FileNamedAfterAContract : public NarrowedRun {
+ protected:
+  void SetUp() override {
+    Generate();
+    Database(File("Device.db")).Run("CREATE TABLE Device (time TEXT); INSERT INTO Device VALUES ('2001-01-01')");
+  }
+  ~FileNamedAfterAContract() override { EXPECT_EQ(Database(File("Device.db")).Count("Device"), 1); }
+};
+
+TEST_F(FileNamedAfterAContract, IsLeftAloneWhereItsDatabaseIsNamedByNobody) {
+  const HostRun run = Run({"--json", "--database", "HealthLog"});
+  EXPECT_EQ(run.exit_code, 0) << run.err;
+  EXPECT_THAT(Cleaned(run), ElementsAre("HealthLog"));
+}
+
+TEST_F(FileNamedAfterAContract, IsLeftAloneWhenEachDatabaseHasItsOwnPass) {
+  const HostRun run = Run({"--json", "--keep-going"});
+  EXPECT_EQ(run.exit_code, 0) << run.err;
+  EXPECT_THAT(Cleaned(run), SizeIs(5));
+}
+
+TEST_F(FileNamedAfterAContract, IsLeftAloneWhereItsDatabaseIsMissing) {
+  std::filesystem::remove(File("DeviceProfile.db"));
+  const HostRun run = Run({"--json"});
+  EXPECT_EQ(run.exit_code, 0) << run.err;
+  EXPECT_THAT(Cleaned(run), SizeIs(4));
+}
+
+TEST_F(FileNamedAfterAContract, KeepsNoOtherDatabaseFromItsTurnWhereItsOwnIsDamaged) {
   Damage("DeviceProfile");
-  Database(File("Device.db")).Run("CREATE TABLE Device (time TEXT); INSERT INTO Device VALUES ('2001-01-01')");
-  const HostRun run = Run();
+  const HostRun run = Run({"--json"});
   EXPECT_EQ(run.exit_code, 1);
-  EXPECT_THAT(run.err, HasSubstr("Device.db is named after a contract of DeviceProfile, which is not cleaned"));
-  EXPECT_EQ(Database(File("Device.db")).Count("Device"), 1);
+  EXPECT_THAT(Cleaned(run), SizeIs(4));
 }
 
 TEST_F(NarrowedRun, LeavesNothingOfItsOwnInTheDirectoryButTheHistory) {

@@ -172,6 +172,22 @@ TEST_F(MemoryLimit, EndsWithTheOptionsThatSetIt) {
   EXPECT_EQ(sqlite3_hard_heap_limit64(-1), before);
 }
 
+TEST_F(MemoryLimit, ThatIsTooLowForTheCheckMakesNoFileADamagedOne) {
+  CreateSamples(1);
+  Database(file_).Run(
+      "WITH RECURSIVE n(i) AS (SELECT 2 UNION ALL SELECT i + 1 FROM n WHERE i < 5000) "
+      "INSERT INTO Samples SELECT i, hex(zeroblob(1000)) FROM n");
+  int too_low = 0;
+  for (std::int64_t bytes = kMegabyte / 4; bytes < 3 * kMegabyte; bytes += kMegabyte / 8) {
+    const OptionScope limit(&shared::StorageOptions::memory_limit, bytes);
+    TelemetryStorage storage(file_.c_str(), "");
+    const Error result = RunSql(storage, "DELETE FROM Samples WHERE id = 0");
+    too_low += shared::IsOutOfMemory(result) ? 1 : 0;
+    EXPECT_FALSE(shared::IsDamaged(result)) << bytes << " bytes: " << ErrorText(result);
+  }
+  EXPECT_GT(too_low, 0);
+}
+
 TEST_F(MemoryLimit, OfTheHostStaysWithoutTheOption) {
   CreateSamples(1);
   const std::int64_t before = sqlite3_hard_heap_limit64(200 * kMegabyte);

@@ -36,11 +36,12 @@ TEST_F(ShownDatabases, LeaveEveryOtherOneAlone) {
   }
 }
 
-TEST_F(ShownDatabases, StillGiveThePathOfOneThatIsNotShown) {
+TEST_F(ShownDatabases, GiveAPathWithoutAFileForOneThatIsNotShown) {
   const OptionScope shown(&shared::StorageOptions::databases, Names({"Other.db"}));
   TelemetryStorage storage(file_.c_str(), "");
 
-  EXPECT_EQ(storage.GetDataBasePath(), file_);
+  EXPECT_EQ(storage.GetDataBasePath(), (std::filesystem::path(file_) / "Test.db").string());
+  EXPECT_FALSE(std::filesystem::exists(storage.GetDataBasePath()));
   EXPECT_STREQ(storage.GetDataBaseName(), "Test.db");
 }
 

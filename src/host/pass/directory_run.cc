@@ -12,8 +12,6 @@
 #include "host/pass/pass_runner.h"
 #include "host/platform/platform.h"
 #include "host/show/progress.h"
-#include "host/show/standard_error.h"
-#include "storage/database_name.h"
 #include "storage/result_code.h"
 #include "storage/storage_options.h"
 #include "storage/telemetry_storage.h"
@@ -34,26 +32,6 @@ std::vector<DatabaseReport> LookAtAll(const DirectoryRun& run, const CatalogueVi
   }
   EndProgress();
   return reports;
-}
-
-/// A contract whose database cannot be opened counts as living in one that is named after its type. Such a file, where
-/// there is one, is none of ours, and the module fails on it.
-void TellStrayFiles(const CatalogueView& catalogue, const DirectoryRun& run, const RunReport& report) {
-  const std::filesystem::path& directory = run.room.empty() ? run.directory : run.room;
-  for (const ContractView& contract : catalogue.contracts) {
-    const auto own = [&contract](const DatabaseReport& each) {
-      return each.name == contract.database && !each.problem;
-    };
-    const auto named = [&contract](const DatabaseView& each) { return each.database == contract.name; };
-    const std::string file = shared::AddDatabaseExtension(contract.name);
-    if (std::none_of(report.databases.begin(), report.databases.end(), own) &&
-        std::none_of(catalogue.databases.begin(), catalogue.databases.end(), named) &&
-        HasFile(report.directory / file)) {
-      Tell(
-          fmt::format("{} is named after a contract of {}, which is not cleaned, and fails the pass: move it out of {}",
-                      file, contract.database, common::Utf8(directory)));
-    }
-  }
 }
 
 constexpr const char* kNotReached = "not reached before the interruption";
@@ -190,7 +168,6 @@ RunReport Run(shared::plugin::IDynamicPluginModule& module, const DirectoryRun& 
   const CatalogueView catalogue = ReadCatalogue();
   report.narrowed = !run.only.empty();
   report.databases = LookAtAll(run, catalogue);
-  TellStrayFiles(catalogue, run, report);
   Passes(module, run, report).RunAll();
   for (DatabaseReport& database : report.databases) {
     if (WasOpened(database)) {

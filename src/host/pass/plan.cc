@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <system_error>
 
 #include "common/text.h"
@@ -17,7 +16,6 @@
 #include "host/show/failure.h"
 #include "host/show/progress.h"
 #include "host/show/units.h"
-#include "storage/database_name.h"
 #include "storage/result_code.h"
 #include "storage/storage_options.h"
 #include "storage/telemetry_storage.h"
@@ -161,16 +159,6 @@ void CopyAll(std::vector<Original>& originals, const fs::path& place, bool show_
   EndProgress();
 }
 
-/// A file that is named after a contract can fail a pass by being there, see `Run`.
-void ShowStrayFiles(const CatalogueView& catalogue, const fs::path& directory, const fs::path& place) {
-  for (const ContractView& contract : catalogue.contracts) {
-    const std::string name = shared::AddDatabaseExtension(contract.name);
-    if (HasFile(directory / name) && !HasFile(place / name)) {
-      std::ofstream(place / name).flush();
-    }
-  }
-}
-
 std::string Replaced(std::string text, const std::string& what, const std::string& by) {
   for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
     text.replace(at, what.size(), by);
@@ -254,7 +242,6 @@ RunReport Plan(shared::plugin::IDynamicPluginModule& module, const DirectoryRun&
   RequireRoom(originals, temporary);
   const CopyFolder place = MakePlace(temporary);
   CopyAll(originals, place.Path(), run.show_progress);
-  ShowStrayFiles(catalogue, run.directory, place.Path());
 
   shared::StorageOptions options = shared::GetStorageOptions();
   options.data_directory = place.Path().string();

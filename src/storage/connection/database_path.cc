@@ -3,6 +3,8 @@
 #include <google/protobuf/message.h>
 
 #include <filesystem>
+#include <optional>
+#include <set>
 #include <system_error>
 
 #include "corvo/telemetry/contract/storage/persistance.pb.h"
@@ -17,6 +19,14 @@ namespace contract_storage = telemetry::contract::storage;
 
 DatabasePath Unresolved(const std::string& reason) { return {"", "", Failure(ResultCode::kCannotOpen, reason)}; }
 
+/// Whoever asks by its path whether a database exists must find none where it may not be opened: nothing lies below a
+/// file.
+DatabasePath IfShown(const std::filesystem::path& path) {
+  const std::string name = path.filename().string();
+  const std::optional<std::set<std::string>> shown = GetStorageOptions().databases;
+  return {name, (shown && !shown->contains(name) ? path / name : path).string(), {}};
+}
+
 }  // namespace
 
 DatabasePath ResolveDatabase(const char* name) {
@@ -25,11 +35,11 @@ DatabasePath ResolveDatabase(const char* name) {
   }
   const std::filesystem::path given(name);
   if (!given.has_parent_path()) {
-    return {given.string(), GetDataDirectory() + given.string(), {}};
+    return IfShown(GetDataDirectory() + given.string());
   }
   std::error_code failure;
   const std::filesystem::path path = std::filesystem::absolute(given, failure);
-  return failure ? Unresolved(failure.message()) : DatabasePath{given.filename().string(), path.string(), {}};
+  return failure ? Unresolved(failure.message()) : IfShown(path);
 }
 
 DatabasePath ResolveDatabase(const google::protobuf::Message* contract) {

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -106,6 +107,20 @@ std::string_view DamageIn(std::string_view finding) {
   return {};
 }
 
+/// Why a page could not be had, where that says nothing of the page: quick_check reports it like damage. 0 for none.
+int ReasonOfAPageNotRead(std::string_view finding) {
+  constexpr std::string_view kNotRead = "unable to get the page. error code=";
+  const std::size_t at = finding.find(kNotRead);
+  if (!finding.starts_with(kPagesHeading) || at == std::string_view::npos) {
+    return SQLITE_OK;
+  }
+  finding.remove_prefix(at + kNotRead.size());
+  int code = SQLITE_OK;
+  std::from_chars(finding.data(), finding.data() + finding.size(), code);
+  const int kind = code & 0xff;
+  return kind == SQLITE_NOMEM || kind == SQLITE_IOERR ? code : SQLITE_OK;
+}
+
 /// Runs a quick_check and looks at what it finds.
 Error LookAtFindings(sqlite3* handle, const std::string& check, int most_findings) {
   Statement statement;
@@ -116,6 +131,9 @@ Error LookAtFindings(sqlite3* handle, const std::string& check, int most_finding
   int code = sqlite3_step(statement.get());
   for (; code == SQLITE_ROW; code = sqlite3_step(statement.get())) {
     const std::string_view finding = TextOf(statement.get(), 0);
+    if (const int reason = ReasonOfAPageNotRead(finding); reason != SQLITE_OK) {
+      return Failure(reason, "while the file was looked through");
+    }
     findings += 1 + static_cast<int>(std::count(finding.begin(), finding.end(), '\n'));
     if (const std::string_view damage = DamageIn(finding); !damage.empty()) {
       return Failure(ResultCode::kCorrupt, std::string(damage));
