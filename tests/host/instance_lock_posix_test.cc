@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <fmt/core.h>
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -15,6 +16,7 @@ namespace corvo::telemetry::host {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -157,14 +159,55 @@ TEST_F(OneProcessAtATime, APipeIsNotWaitedFor) {
   EXPECT_TRUE(fs::is_fifo(file_));
 }
 
-TEST_F(OneProcessAtATime, AFileOfAnotherUserIsRefusedAndKept) {
-  if (geteuid() != 0) {
-    GTEST_SKIP() << "only root can give a file away";
+/// Runs of two users: root, and nobody, who may write the directory.
+class RunsOfTwoUsers : public OneProcessAtATime {
+ protected:
+  void SetUp() override {
+    if (geteuid() != 0) {
+      GTEST_SKIP() << "only root can be two users";
+    }
+    fs::permissions(folder_.Path(), fs::perms::all);
   }
-  std::ofstream(file_) << "theirs";
+  ~RunsOfTwoUsers() override { static_cast<void>(seteuid(0)); }
+};
+
+TEST_F(RunsOfTwoUsers, RootNamesTheProcessOfTheOther) {
+  ASSERT_EQ(seteuid(kNobody), 0);
+  const OtherRun other(folder_.Path());
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_FALSE(Take());
+  EXPECT_THAT(holder_, StartsWith("process "));
+  EXPECT_THAT(holder_, EndsWith(" of another user (uid 65534)"));
+  EXPECT_EQ(InstanceLock::WhoHolds(folder_.Path()), holder_);
+}
+
+TEST_F(RunsOfTwoUsers, RootTakesOverWhatAKilledRunOfTheOtherLeft) {
+  ASSERT_EQ(seteuid(kNobody), 0);
+  OtherRun other(folder_.Path());
+  other.Kill();
+  ASSERT_EQ(seteuid(0), 0);
+  const auto size = fs::file_size(file_);
+  EXPECT_EQ(InstanceLock::WhoHolds(folder_.Path()), "");
+  {
+    const auto lock = Take();
+    ASSERT_TRUE(lock);
+    EXPECT_EQ(fs::file_size(file_), size) << "nothing is written to another user's file";
+  }
+  EXPECT_FALSE(fs::exists(file_));
+}
+
+TEST_F(RunsOfTwoUsers, ARunOfRootKeepsTheOtherAway) {
+  const OtherRun other(folder_.Path());
+  ASSERT_EQ(seteuid(kNobody), 0);
+  EXPECT_FALSE(Take());
+  EXPECT_EQ(holder_, "a run of another user (uid 0), unless it was killed: then remove " + file_.string());
+  EXPECT_EQ(InstanceLock::WhoHolds(folder_.Path()), holder_);
+}
+
+TEST_F(RunsOfTwoUsers, WhatTheOtherWroteIsNotRepeated) {
+  std::ofstream(file_) << "process " << getpid() << " \x1b[31m\n";
   ASSERT_EQ(chown(file_.c_str(), kNobody, kNobody), 0);
-  EXPECT_THAT(Refusal(), HasSubstr(file_.string() + ": it belongs to another user (uid 65534)"));
-  EXPECT_EQ(fs::file_size(file_), 6u);
+  EXPECT_EQ(InstanceLock::WhoHolds(folder_.Path()), fmt::format("process {} of another user (uid 65534)", getpid()));
 }
 
 TEST_F(OneProcessAtATime, ADirectoryThatCannotBeWrittenIsTold) {

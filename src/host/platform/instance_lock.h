@@ -27,10 +27,10 @@ class InstanceLock {
   /// @param directory exists; may be relative.
   /// @param holder when another run has the lock: who that is, as "process 4711, since 2024-05-01 10:00:00 UTC" or
   ///        "another process" when it has not said so yet. For people. Otherwise as it was.
-  /// @return the lock; none when another run has it.
+  /// @return the lock; none when another run has it, or when another user keeps its file to himself.
   /// @throws std::runtime_error naming the file and the reason when there can be no lock: the directory cannot be
-  ///         written, or something lies in the file's place that is no lock file of this user or the administrator
-  ///         (link, directory, pipe, another user's file). That is left as it is.
+  ///         written, or something lies in the file's place that is no lock file (link, directory, pipe). That is left
+  ///         as it is.
   [[nodiscard]] static std::optional<InstanceLock> TryTake(const std::filesystem::path& directory, std::string& holder);
 
   /// Attempts until one succeeds, the time is over or `stop` says so; it is asked about ten times a second. Otherwise
