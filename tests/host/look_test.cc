@@ -62,6 +62,27 @@ TEST_F(LookAt, TakesAMissingTableForNoProblem) {
   EXPECT_TRUE(report.tables[0].missing);
 }
 
+TEST_F(LookAt, AfterwardsFindsTablesThatAnotherProgramTookAway) {
+  for (const char* taken : {"DROP TABLE Boot", "PRAGMA writable_schema=ON; DELETE FROM sqlite_schema"}) {
+    std::filesystem::remove(file_);
+    Create("CREATE TABLE Boot (time TEXT); INSERT INTO Boot VALUES ('2001-01-01')");
+    DatabaseReport report = Look();
+    Create(taken);
+    CountAfterwards(report);
+    ASSERT_TRUE(report.problem.has_value()) << taken;
+    EXPECT_EQ(report.problem->reason, "another program took Boot away during the run");
+    EXPECT_EQ(report.tables[0].rows_after, 0);
+    EXPECT_EQ(report.tables[0].AddedByOthers(), -1);
+  }
+}
+
+TEST_F(LookAt, AfterwardsMindsNoTableThatWasNeverThere) {
+  Create("CREATE TABLE Other (time TEXT)");
+  DatabaseReport report = Look();
+  CountAfterwards(report);
+  EXPECT_FALSE(report.problem.has_value());
+}
+
 TEST_F(LookAt, FindsALockOfAnotherProgram) {
   Create("CREATE TABLE Boot (time TEXT)");
   for (const char* lock : {"BEGIN IMMEDIATE", "BEGIN EXCLUSIVE"}) {

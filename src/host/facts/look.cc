@@ -95,6 +95,13 @@ std::optional<Problem> LookInside(TelemetryStorage& storage, const std::vector<C
   return problem;
 }
 
+/// A table that was there is no table that was cleaned, whatever the pass forgives.
+void Complain(DatabaseReport& database, const std::string& reason) {
+  if (!database.problem) {
+    database.problem = Problem{Problem::Kind::kFailed, reason, {}};
+  }
+}
+
 }  // namespace
 
 std::optional<Problem> LookFromOutside(const fs::path& file) {
@@ -167,6 +174,9 @@ void CountAfterwards(DatabaseReport& database) {
       table.last_rowid = AskNumberOrNone(storage, fmt::format("SELECT MAX(rowid) FROM \"{}\"", table.table));
     } else if (!shared::IsMissingTable(error)) {
       return;
+    } else if (table.rows_before) {
+      table.rows_after = 0;
+      Complain(database, fmt::format("another program took {} away during the run", table.table));
     }
   }
 }
