@@ -112,6 +112,18 @@ TEST_F(HistoryFile, IsNeverAnotherUsers) {
   EXPECT_EQ(fs::file_size(file_), 6u);
 }
 
+TEST_F(HistoryFile, OfRootIsToldApartFromOneWithoutPermission) {
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "only root can be two users";
+  }
+  Add();
+  ASSERT_EQ(chmod(folder_.Path().c_str(), 0777), 0);
+  ASSERT_EQ(seteuid(4711), 0);
+  const std::string refusal = Refusal();
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_EQ(refusal, file_.string() + ": it belongs to another user (uid 0); remove it");
+}
+
 TEST_F(HistoryFile, StaysAsItWasWhereNothingMayBeWritten) {
   Add();
   ASSERT_EQ(chmod(file_.c_str(), 0644), 0);

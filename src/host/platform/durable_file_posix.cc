@@ -43,6 +43,21 @@ class Descriptor {
 
 [[noreturn]] void FailWith(const fs::path& file, int error) { Fail(file, std::generic_category().message(error)); }
 
+[[noreturn]] void FailAsAnothers(const fs::path& file, uid_t user) {
+  Fail(file, fmt::format("it belongs to another user (uid {}); remove it", user));
+}
+
+[[noreturn]] void FailToOpen(const fs::path& file, int error) {
+  struct stat status {};
+  if (error == ELOOP) {
+    Fail(file, "it is a symbolic link; remove it");
+  }
+  if (error == EACCES && lstat(file.c_str(), &status) == 0 && status.st_uid != geteuid()) {
+    FailAsAnothers(file, status.st_uid);
+  }
+  FailWith(file, error);
+}
+
 void Judge(const fs::path& name, const struct stat& status) {
   if (S_ISLNK(status.st_mode)) {
     Fail(name, "it is a symbolic link; remove it");
@@ -54,7 +69,7 @@ void Judge(const fs::path& name, const struct stat& status) {
     Fail(name, "it is a hard link to a file that has other names; remove it");
   }
   if (status.st_uid != geteuid() && status.st_uid != 0) {
-    Fail(name, fmt::format("it belongs to another user (uid {}); remove it", status.st_uid));
+    FailAsAnothers(name, status.st_uid);
   }
 }
 
@@ -108,11 +123,11 @@ std::optional<std::string> ReadOwnFile(const fs::path& file, std::size_t most_by
   if (opened.Number() < 0 && errno == ENOENT) {
     return std::nullopt;
   }
-  if (opened.Number() < 0 && errno == ELOOP) {
-    Fail(file, "it is a symbolic link; remove it");
+  if (opened.Number() < 0) {
+    FailToOpen(file, errno);
   }
   struct stat status {};
-  if (opened.Number() < 0 || fstat(opened.Number(), &status) != 0) {
+  if (fstat(opened.Number(), &status) != 0) {
     FailWith(file, errno);
   }
   Judge(file, status);
