@@ -80,6 +80,41 @@ TEST_F(IndexEntries, AreComparedThoughManyPagesAreLeaked) {
   ExpectRefused();
 }
 
+/// An index that SQLite asks in place of the rows, and that says other things than they do, in as many entries.
+class TrustedIndex : public IndexEntries, public testing::WithParamInterface<std::pair<const char*, const char*>> {};
+
+TEST_P(TrustedIndex, ThatDoesNotAgreeWithItsTableIsDamage) {
+  const auto& [made, meant] = GetParam();
+  Open().Run(
+      "CREATE TABLE SleepMetricsLog(time, value);"
+      "INSERT INTO SleepMetricsLog VALUES(datetime('now'), '2001-01-01'), ('2001-01-01', 'x'), ('x', "
+      "datetime('now'));" +
+      std::string(made));
+  Open().Run("PRAGMA writable_schema=ON; UPDATE sqlite_schema SET sql = '" + std::string(meant) +
+             "' WHERE name = 'SleepTime'");
+
+  ExpectRefused();
+
+  EXPECT_EQ(Rows(), 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    IndexEntries, TrustedIndex,
+    testing::Values(std::pair("CREATE INDEX SleepTime ON SleepMetricsLog(datetime(value))",
+                              "CREATE INDEX SleepTime ON SleepMetricsLog(datetime(time))"),
+                    std::pair("CREATE INDEX SleepTime ON SleepMetricsLog(value) WHERE datetime(value) IS NOT NULL",
+                              "CREATE INDEX SleepTime ON SleepMetricsLog(value) WHERE datetime(time) IS NOT NULL")));
+
+TEST_F(IndexEntries, OfAFunctionThatNobodyElseHasAreNotCompared) {
+  Open().Run("CREATE TABLE SleepMetricsLog(time, value); CREATE INDEX SleepTime ON SleepMetricsLog(abs(value))");
+  Open().Run(
+      "PRAGMA writable_schema=ON; UPDATE sqlite_schema SET sql = replace(sql, 'abs', 'its_own') "
+      "WHERE name = 'SleepTime'");
+  Open().Run("CREATE TABLE PowerEvents(time, value); INSERT INTO PowerEvents VALUES('2024-05-01', 1)");
+
+  EXPECT_THAT(Clean().what, testing::Not(testing::HasSubstr("malformed")));
+}
+
 TEST_F(IndexEntries, OfPartialAndExpressionIndexesMayBeFewer) {
   Open().Run(
       "CREATE TABLE SleepMetricsLog(time, value); CREATE INDEX Some ON SleepMetricsLog(value) WHERE value > 2;"

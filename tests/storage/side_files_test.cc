@@ -51,6 +51,53 @@ INSTANTIATE_TEST_SUITE_P(SideFiles, LinkedSideFile,
                                   std::get<1>(test_case.param);
                          });
 
+using LinkedDatabase = SideFiles;
+
+TEST_F(LinkedDatabase, IsNotWrittenUnderOneNameWhileItsLogLiesBesideAnother) {
+  CreateSamplesIn("WAL", 3);
+  const std::string other_name = dir_ / "Other.db";
+  std::filesystem::create_hard_link(file_, other_name);
+  Database collector(file_);
+  collector.Run("INSERT INTO Samples VALUES(4, 'in the log')");
+
+  for (const char* statement : {"DELETE FROM Samples", "VACUUM;"}) {
+    TelemetryStorage storage(other_name.c_str(), "");
+    EXPECT_THAT(RunSql(storage, statement), FailsWith(SQLITE_CANTOPEN, HasSubstr("a file with several names")));
+  }
+
+  EXPECT_FALSE(std::filesystem::exists(other_name + "-wal"));
+  EXPECT_EQ(collector.Count("Samples"), 4);
+}
+
+TEST_F(LinkedDatabase, IsReadUnderEachOfItsNames) {
+  CreateSamples(3);
+  const std::string other_name = dir_ / "Other.db";
+  std::filesystem::create_hard_link(file_, other_name);
+  const OptionScope reading(&shared::StorageOptions::read_only, true);
+  TelemetryStorage storage(other_name.c_str(), "");
+
+  EXPECT_EQ(ReadValue(storage, "SELECT COUNT(*) FROM Samples"), "3");
+}
+
+TEST_F(SideFiles, OfAnEmptyDatabaseAreLeftThereByWhoeverOnlyReads) {
+  CreateSamplesIn("WAL", 3);
+  {
+    Database collector(file_);
+    collector.Run("INSERT INTO Samples VALUES(4, 'in the log')");
+    std::filesystem::copy_file(file_ + "-wal", file_ + "-kept");
+  }
+  Write(file_, "");
+  std::filesystem::rename(file_ + "-kept", file_ + "-wal");
+  const std::string log = Content(file_ + "-wal");
+  const OptionScope reading(&shared::StorageOptions::read_only, true);
+  TelemetryStorage storage(file_.c_str(), "");
+
+  EXPECT_THAT(RunSql(storage, "SELECT COUNT(*) FROM Samples"),
+              FailsWith(SQLITE_CANTOPEN, HasSubstr("a log beside an empty database")));
+
+  EXPECT_EQ(Content(file_ + "-wal"), log);
+}
+
 /// Everything that SQLite asks the platform for while the object lives, without its temporary files.
 class NamedFiles {
  public:

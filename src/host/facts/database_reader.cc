@@ -106,7 +106,8 @@ class DatabaseReader {
                               .max_rows = table.contract.max_rows,
                               .max_size_mb = table.contract.max_size_mb,
                               .missing = table.missing});
-    const bool alone = error.Failed() && !shared::IsBusy(error) && !shared::StatementsInterrupted();
+    // What took too long in one table would in the others.
+    const bool alone = error.Failed() && !shared::IsBusy(error) && !shared::IsInterrupted(error);
     if (alone) {
       table.unread = true;
       table.problem = ProblemOf(error, database_.path, Access::kRead).reason;

@@ -8,6 +8,7 @@
 #include "host/facts/database_reader.h"
 #include "host/facts/file_problem.h"
 #include "host/facts/look.h"
+#include "host/facts/reading.h"
 #include "storage/storage_options.h"
 
 namespace corvo::telemetry::host {
@@ -29,6 +30,7 @@ DatabaseState ReadDatabaseState(const DatabaseView& view, const CatalogueView& c
   log += "-wal";
   database.file_bytes = FileBytes(database.path);
   database.wal_bytes = FileBytes(log);
+  const shared::StorageOptionsScope reading(ReadingOptions(database.path));
   if (const common::Error error = ReadDatabase(database, now); error.Failed()) {
     database.problem = ProblemOf(error, database.path, Access::kRead);
   }
@@ -39,10 +41,6 @@ DatabaseState ReadDatabaseState(const DatabaseView& view, const CatalogueView& c
 
 DirectoryState ReadDirectoryState(const fs::path& directory, const std::string& source,
                                   const std::vector<std::string>& only, std::int64_t now) {
-  shared::StorageOptions reading = shared::GetStorageOptions();
-  reading.read_only = true;
-  reading.check_soundness = false;
-  const shared::StorageOptionsScope scope(reading);
   DirectoryState state{.directory = directory, .directory_source = source, .now = now};
   const CatalogueView catalogue = ReadCatalogue();
   for (const DatabaseView& database : catalogue.databases) {

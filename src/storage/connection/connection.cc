@@ -142,7 +142,7 @@ Error Connection::Open(const std::string& name) {
     return Failure(ResultCode::kCannotOpen, "not one of the databases that may be opened");
   }
   std::filesystem::path file;
-  if (Error error = CheckDatabaseFile(path_, file); error.Failed()) {
+  if (Error error = CheckDatabaseFile(path_, options_.read_only, file); error.Failed()) {
     return error;
   }
   file_ = telemetry::common::Utf8(file);
@@ -318,10 +318,10 @@ Error Connection::RunWrite(sqlite3_stmt* statement, const Parameters& parameters
   return result;
 }
 
-// What can still be read of a damaged file may be read.
+// What can still be read of a damaged file may be read, and of one that is too large to be looked through.
 Error Connection::RunRead(sqlite3_stmt* statement, const Parameters& parameters, Rows& results) {
   Error soundness = Soundness();
-  if (soundness.Failed() && !IsDamaged(soundness)) {
+  if (soundness.Failed() && !IsDamaged(soundness) && !IsOutOfMemory(soundness) && !IsTooBig(soundness)) {
     return soundness;
   }
   const Deadline deadline(handle_, soundness.Failed() ? kDamagedReadLimit : milliseconds(0));

@@ -39,8 +39,9 @@ bool ReportsMissingTable(std::int64_t code, std::string_view what) noexcept {
 Error Failure(sqlite3* handle) {
   const int code = sqlite3_extended_errcode(handle);
   const std::string_view what = sqlite3_errmsg(handle);
-  // SQLite calls a schema malformed that has a text above the limit: the file is not damaged for that.
-  const bool too_big = (code & 0xff) == SQLITE_CORRUPT && what.ends_with(" - string or blob too big");
+  // SQLite calls a schema malformed that is above a limit of this library: the file is not damaged for that.
+  const bool too_big = (code & 0xff) == SQLITE_CORRUPT && (what.ends_with(" - string or blob too big") ||
+                                                           what.find(" - Expression tree is too large") != what.npos);
   return Record(too_big ? SQLITE_TOOBIG : code, std::string(what));
 }
 

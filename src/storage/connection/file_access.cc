@@ -27,6 +27,10 @@ Error Refusal(int code, const std::filesystem::path& path, const std::string& re
 
 constexpr const char* kNotRegular = "not a regular file";
 constexpr const char* kLinked = "a file with several links";
+// https://www.sqlite.org/howtocorrupt.html, "Multiple links to the same file": rows in the log of another name would be
+// lost.
+constexpr const char* kSeveralNames = "a file with several names: its journal or log may lie beside another of them";
+constexpr const char* kLogOfNothing = "a log beside an empty database, which goes when somebody opens it for writing";
 constexpr const char* kSwapped = "replaced while it was opened";
 constexpr const char* kNoIndex = "a log without its index, which a program that may write has to make first";
 constexpr const char* kForeign = "no other file may be opened beside it";
@@ -196,6 +200,10 @@ int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int*
 }
 
 int Delete(sqlite3_vfs* vfs, const char* name, int sync_directory) {
+  // SQLite removes the log of an empty database even for somebody who only reads.
+  if (FilesOfThread() != nullptr && FilesOfThread()->read_only) {
+    return Refuse(kLogOfNothing, SQLITE_CANTOPEN, "-wal");
+  }
   if (!IsSideFile(name)) {
     return Refuse(kSeveralDatabases, SQLITE_IOERR_DELETE);
   }
@@ -263,7 +271,7 @@ Registrations registrations;
 
 }  // namespace
 
-Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path& resolved) {
+Error CheckDatabaseFile(const std::filesystem::path& path, bool read_only, std::filesystem::path& resolved) {
   std::error_code failure;
   const file_type kind = std::filesystem::status(path, failure).type();
   if (kind == file_type::not_found) {
@@ -279,6 +287,9 @@ Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path
   std::filesystem::path file = std::filesystem::canonical(path, failure);
   if (failure) {
     return Refusal(SQLITE_CANTOPEN, path, failure.message());
+  }
+  if (!read_only && LookAt(telemetry::common::Utf8(file).c_str()).links > 1) {
+    return Refusal(SQLITE_CANTOPEN, path, kSeveralNames);
   }
   if (Error error = CheckSideFiles(file); error.Failed()) {
     return error;

@@ -44,12 +44,13 @@ struct FileState {
 
 /// Looks at what a database path leads to, without opening it, and follows its symbolic links.
 ///
-/// Only a regular file is accepted, and beside it only regular files with one name under the names of SQLite's side
-/// files: opening a FIFO or a device can wait for ever, or do more than read, and a second name makes a journal of some
-/// other file.
+/// Only a regular file is accepted, with one name unless it is only read, and beside it only regular files with one
+/// name under the names of SQLite's side files: opening a FIFO or a device can wait for ever, or do more than read; a
+/// second name makes a journal of some other file, and one of the database hides the journal beside it.
 ///
 /// @param resolved the path without symbolic links; unchanged on failure.
-telemetry::common::Error CheckDatabaseFile(const std::filesystem::path& path, std::filesystem::path& resolved);
+telemetry::common::Error CheckDatabaseFile(const std::filesystem::path& path, bool read_only,
+                                           std::filesystem::path& resolved);
 
 /// The platform's directory of telemetry databases.
 [[nodiscard]] const char* PlatformDataDirectory();

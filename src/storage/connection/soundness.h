@@ -25,8 +25,10 @@ namespace corvo::shared {
 
 /// Looks through the whole file for damage: SQLite's own quick_check
 /// (https://www.sqlite.org/pragma.html#pragma_quick_check), whether the entries of the schema are as SQLite writes
-/// them, and whether each index has as many entries as its table has rows, because a count reads the smallest index.
-/// Costs one reading of the file, and a second one of tables with indexes.
+/// them, whether each index has as many entries as its table has rows, because a count reads the smallest index, and
+/// whether an index that is partial or of an expression says the same as the rows, because SQLite asks it in their
+/// place. Costs one reading of the file, a second one of tables with indexes, and for the latter kind a search in the
+/// index for each row.
 ///
 /// What quick_check also reports and is no damage passes: pages that belong to nothing, values that break a constraint
 /// of their column, a full-text index that is behind its table. Writing to such a file loses nothing.

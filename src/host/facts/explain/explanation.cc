@@ -11,6 +11,7 @@
 #include "host/facts/forecast.h"
 #include "host/facts/look.h"
 #include "host/facts/query.h"
+#include "host/facts/reading.h"
 #include "host/facts/table_check.h"
 #include "storage/storage_options.h"
 
@@ -122,10 +123,7 @@ RowExplanation ExplainRow(const Explanation& explanation, const TableRow& row) {
 /// What the state of the directory does not tell of the table.
 void LookCloser(Explanation& explanation, const std::vector<std::int64_t>& rowids) {
   const ContractView& contract = explanation.contract;
-  shared::StorageOptions reading = shared::GetStorageOptions();
-  reading.read_only = true;
-  reading.check_soundness = false;
-  const shared::StorageOptionsScope scope(reading);
+  const shared::StorageOptionsScope reading(ReadingOptions(explanation.path));
   TelemetryStorage storage(explanation.path.string().c_str(), "");
   Require(RunStatement(storage, "BEGIN"), explanation.path);
   TableCheck check;

@@ -8,6 +8,7 @@
 #include "common/timestamp.h"
 #include "contracts/rules.h"
 #include "host/facts/query.h"
+#include "host/facts/reading.h"
 #include "storage/telemetry_storage.h"
 
 namespace corvo::telemetry::host {
@@ -84,6 +85,7 @@ std::vector<std::optional<RowAges>> ReadRowAges(const DatabaseState& database, s
   if (database.missing || database.problem) {
     return ages;
   }
+  const shared::StorageOptionsScope reading(ReadingOptions(database.path));
   TelemetryStorage storage(database.path.string().c_str(), "");
   if (RunStatement(storage, "BEGIN").Failed()) {
     return ages;
