@@ -53,7 +53,7 @@ TEST_F(Interruption, RollsBackWhatAStatementHadDone) {
   const Error result = RunAndInterrupt(
       "WITH RECURSIVE n(i) AS (SELECT 2000 UNION ALL SELECT i + 1 FROM n) INSERT INTO Samples SELECT i, i FROM n");
 
-  EXPECT_TRUE(shared::IsInterrupted(result));
+  EXPECT_TRUE(shared::IsInterrupted(result)) << ErrorText(result);
   EXPECT_EQ(Database(file_).Number("SELECT COUNT(*) FROM Samples"), 1000);
 }
 

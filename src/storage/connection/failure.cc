@@ -42,7 +42,9 @@ Error Failure(sqlite3* handle) {
   // SQLite calls a schema malformed that is above a limit of this library: the file is not damaged for that.
   const bool too_big = (code & 0xff) == SQLITE_CORRUPT && (what.ends_with(" - string or blob too big") ||
                                                            what.find(" - Expression tree is too large") != what.npos);
-  return Record(too_big ? SQLITE_TOOBIG : code, std::string(what));
+  // Interrupted while it reads the schema for a statement, SQLite says so as of wrong SQL.
+  const bool interrupted = code == SQLITE_ERROR && what == sqlite3_errstr(SQLITE_INTERRUPT);
+  return Record(too_big ? SQLITE_TOOBIG : interrupted ? SQLITE_INTERRUPT : code, std::string(what));
 }
 
 Error Failure(ResultCode code, const std::string& detail) { return Failure(static_cast<int>(code), detail); }
