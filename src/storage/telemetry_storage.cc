@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -53,7 +54,13 @@ class OwnedCommands {
 
 struct TelemetryStorage::State {
   explicit State(DatabasePath resolved)
-      : database(std::move(resolved)), connection(database), last_error(connection.OpenError()) {}
+      : database(std::move(resolved)), connection(database), last_error(connection.OpenError()) {
+    // Who asks by its path whether a database is there must find none that may not be opened: nothing lies below a
+    // file.
+    if (!connection.MayOpen(database.name)) {
+      database.path = (std::filesystem::path(database.path) / database.name).string();
+    }
+  }
 
   void Adopt(ICommand** list, int count) noexcept;
   Error Run(ICommand* command);

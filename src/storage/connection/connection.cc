@@ -137,8 +137,12 @@ Connection::~Connection() {
   }
 }
 
+bool Connection::MayOpen(const std::string& name) const {
+  return !options_.databases || options_.databases->contains(name);
+}
+
 Error Connection::Open(const std::string& name) {
-  if (options_.databases && !options_.databases->contains(name)) {
+  if (!MayOpen(name)) {
     return Failure(ResultCode::kCannotOpen, "not one of the databases that may be opened");
   }
   std::filesystem::path file;

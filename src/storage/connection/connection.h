@@ -28,6 +28,9 @@ class Connection {
   /// Why there is no open database, or success.
   [[nodiscard]] const telemetry::common::Error& OpenError() const { return open_error_; }
 
+  /// Whether the options let a database of this file name be opened.
+  [[nodiscard]] bool MayOpen(const std::string& name) const;
+
   /// Runs one statement in the sight of the registered observer. `results` gets its rows, none on failure.
   [[nodiscard]] telemetry::common::Error Run(const std::string& sql, const Parameters& parameters,
                                              Rows& results) noexcept;

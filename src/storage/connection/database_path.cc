@@ -3,8 +3,6 @@
 #include <google/protobuf/message.h>
 
 #include <filesystem>
-#include <optional>
-#include <set>
 #include <system_error>
 
 #include "corvo/telemetry/contract/storage/persistance.pb.h"
@@ -19,14 +17,6 @@ namespace contract_storage = telemetry::contract::storage;
 
 DatabasePath Unresolved(const std::string& reason) { return {"", "", Failure(ResultCode::kCannotOpen, reason)}; }
 
-/// Whoever asks by its path whether a database exists must find none where it may not be opened: nothing lies below a
-/// file.
-DatabasePath IfShown(const std::filesystem::path& path) {
-  const std::string name = path.filename().string();
-  const std::optional<std::set<std::string>> shown = GetStorageOptions().databases;
-  return {name, (shown && !shown->contains(name) ? path / name : path).string(), {}};
-}
-
 }  // namespace
 
 DatabasePath ResolveDatabase(const char* name) {
@@ -35,11 +25,11 @@ DatabasePath ResolveDatabase(const char* name) {
   }
   const std::filesystem::path given(name);
   if (!given.has_parent_path()) {
-    return IfShown(GetDataDirectory() + given.string());
+    return {given.string(), GetDataDirectory() + given.string(), {}};
   }
   std::error_code failure;
   const std::filesystem::path path = std::filesystem::absolute(given, failure);
-  return failure ? Unresolved(failure.message()) : IfShown(path);
+  return failure ? Unresolved(failure.message()) : DatabasePath{given.filename().string(), path.string(), {}};
 }
 
 DatabasePath ResolveDatabase(const google::protobuf::Message* contract) {
