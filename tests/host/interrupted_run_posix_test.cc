@@ -63,7 +63,56 @@ TEST_F(InterruptedRun, CanBeEndedWhileItWaitsForAnotherOne) {
   EXPECT_THAT(run.err, HasSubstr("interrupted while another run was waited for: process "));
 }
 
+TEST_F(InterruptedRun, SaysInItsDocumentThatItWasInterruptedWhileItWaited) {
+  std::string holder;
+  const auto lock = telemetry::host::InstanceLock::TryTake(data_, holder);
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "TERM", "3"},
+                                     {"run", "--data-dir", data_, "--wait", "600", "--json"});
+  EXPECT_EQ(run.exit_code, 143);
+  EXPECT_EQ(run.Json()["interrupted"], true);
+}
+
+TEST_F(InterruptedRun, SaysSoAlsoWhenItHadNotGotBeyondItsPlan) {
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "4"},
+                                     {"run", "--data-dir", data_, "--max-loss", "100", "--json"});
+  EXPECT_EQ(run.exit_code, 130);
+  EXPECT_EQ(run.Json()["kind"], "failure");
+  EXPECT_EQ(run.Json()["interrupted"], true);
+}
+
+/// Commands that only look, while another program keeps them waiting.
+class InterruptedLook : public RunTest, public testing::WithParamInterface<std::vector<std::string>> {};
+
+TEST_P(InterruptedLook, SaysSoInItsDocument) {
+  Generate();
+  Database holder(File("Cache.db"));
+  holder.Run("BEGIN EXCLUSIVE");
+  std::vector<std::string> words = GetParam();
+  if (words.front() == "report") {
+    words.emplace_back(folder_ / "page.html");
+  }
+  words.insert(words.end(), {"--data-dir", data_, "--busy-timeout", "600", "--json"});
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "2"}, words);
+  EXPECT_EQ(run.exit_code, 130) << run.err;
+  EXPECT_EQ(run.Json()["interrupted"], true);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, InterruptedLook,
+                         testing::Values(std::vector<std::string>{"status"}, std::vector<std::string>{"verify"},
+                                         std::vector<std::string>{"report", "--html"},
+                                         std::vector<std::string>{"explain", "CollectorCache"},
+                                         std::vector<std::string>{"print", "CollectorCache"}),
+                         [](const auto& instance) { return instance.param.front(); });
+
 class InterruptedGeneration : public RunTest {};
+
+TEST_F(InterruptedGeneration, TellsOfItBesideTheRowsThatItHasAdded) {
+  Generate();
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "3"},
+                                     {"generate", "--data-dir", data_, "--live", "600", "--json"});
+  EXPECT_EQ(run.exit_code, 130);
+  EXPECT_EQ(run.Json()["interrupted"], true);
+}
 
 TEST_F(InterruptedGeneration, LeavesNothingOfItsOwn) {
   const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "INT", "3"},

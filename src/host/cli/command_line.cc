@@ -67,7 +67,7 @@ ExitCode Answer(const CLI::App& app, const CLI::ParseError& answer, bool json) {
 }
 
 ExitCode Fail(const CommandFailure& failure, bool json) {
-  ReportFailure(failure.Record(), json);
+  ReportFailure(failure.Record(), json, failure.Interrupted());
   return failure.Code();
 }
 

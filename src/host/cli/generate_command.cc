@@ -80,12 +80,12 @@ ExitCode WriteOn(const GenerateOptions& options, const CatalogueView& catalogue,
                                           .rate = options.rate,
                                           .seed = options.seed,
                                           .show_progress = IsTerminal(stderr)});
-  const int signal = InterruptionScope::Signal();
+  generation.signal = InterruptionScope::Signal();
   if (!options.json) {
-    Print(LiveText(*generation.live, generation.directory, signal));
+    Print(LiveText(generation));
   }
-  if (signal != 0) {
-    return InterruptedBy(signal);
+  if (generation.signal != 0) {
+    return InterruptedBy(generation.signal);
   }
   return generation.live->problems.empty() ? kDone : kPassFailed;
 }

@@ -54,7 +54,10 @@ std::string OdditiesText(const GenerationPlan& plan, double scale) {
 }  // namespace
 
 std::string GenerationJson(const Generation& generation, const CatalogueView& catalogue) {
-  Json document = {{"schema_version", 1}, {"directory", common::Utf8(generation.directory)}, {"seed", generation.seed}};
+  Json document = {{"schema_version", 1},
+                   {"directory", common::Utf8(generation.directory)},
+                   {"seed", generation.seed},
+                   {"interrupted", generation.signal != 0}};
   if (generation.live) {
     document["live"] = LiveJson(*generation.live);
   }
@@ -82,9 +85,10 @@ std::string GenerationText(const Generation& generation, bool colour) {
                      generation.seed, TimeText(generation.now));
 }
 
-std::string LiveText(const LiveResult& live, const std::filesystem::path& directory, int signal) {
-  std::string text = fmt::format("{}rote {} to the databases in {} in {:.1f} s", signal != 0 ? "Interrupted: w" : "W",
-                                 Counted(live.rows, "row"), Printable(common::Utf8(directory)), live.seconds);
+std::string LiveText(const Generation& generation) {
+  const LiveResult& live = *generation.live;
+  std::string text = fmt::format("{}rote {} to the databases in {} in {:.1f} s", generation.signal != 0 ? "Interrupted: w" : "W",
+                                 Counted(live.rows, "row"), Printable(common::Utf8(generation.directory)), live.seconds);
   if (live.waits > 0) {
     text += fmt::format("; another program's lock was in the way {}", Counted(live.waits, "time"));
   }

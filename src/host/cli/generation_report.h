@@ -22,6 +22,7 @@ struct Generation {
   GenerationPlan plan = {};                     ///< of the databases that were written; of none when they were there
   std::vector<WrittenDatabase> databases = {};  ///< none when they were there
   std::optional<LiveResult> live = {};          ///< what was added afterwards
+  int signal = 0;                               ///< of the user who ended that early
 };
 
 /// The document of `generate --json`.
@@ -30,7 +31,7 @@ struct Generation {
 /// What was written, for people.
 [[nodiscard]] std::string GenerationText(const Generation& generation, bool colour);
 
-/// What was added afterwards, for people.
-[[nodiscard]] std::string LiveText(const LiveResult& live, const std::filesystem::path& directory, int signal);
+/// What was added afterwards, for people; there is something that was.
+[[nodiscard]] std::string LiveText(const Generation& generation);
 
 }  // namespace corvo::telemetry::host

@@ -15,10 +15,10 @@ common::Error CommandFailure::Record() const {
   return error;
 }
 
-void ReportFailure(const common::Error& error, bool json) {
+void ReportFailure(const common::Error& error, bool json, bool interrupted) {
   Tell(error.what);
   if (json) {
-    Print(RunDocument(error));
+    Print(RunDocument(error, interrupted));
   }
 }
 

@@ -36,6 +36,9 @@ class CommandFailure : public std::runtime_error {
 
   [[nodiscard]] ExitCode Code() const { return exit_code_; }
 
+  /// Whether the user ended the command early.
+  [[nodiscard]] bool Interrupted() const { return exit_code_ == kInterrupted || exit_code_ == kTerminated; }
+
   /// The failure as a record of category `EC_Custom` whose code is the exit code.
   [[nodiscard]] common::Error Record() const;
 
@@ -45,6 +48,8 @@ class CommandFailure : public std::runtime_error {
 
 /// Reports a failure: one line on standard error, and with `json` the document of a failure on standard
 /// output.
-void ReportFailure(const common::Error& error, bool json);
+///
+/// @param interrupted whether the user ended the command early.
+void ReportFailure(const common::Error& error, bool json, bool interrupted = false);
 
 }  // namespace corvo::telemetry::host

@@ -123,8 +123,9 @@ std::string RunDocument(const RunReport& report) {
   return JsonText(document) + "\n";
 }
 
-std::string RunDocument(const common::Error& error) {
+std::string RunDocument(const common::Error& error, bool interrupted) {
   Json document = EmptyDocument(error);
+  document["interrupted"] = interrupted;
   document["kind"] = "failure";
   return JsonText(document) + "\n";
 }

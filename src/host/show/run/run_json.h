@@ -18,7 +18,9 @@ namespace corvo::telemetry::host {
 /// The one JSON document of a run.
 [[nodiscard]] std::string RunDocument(const RunReport& report);
 
-/// The same document for a run that did not begin.
-[[nodiscard]] std::string RunDocument(const common::Error& error);
+/// The same document for a run that did not begin, or a command that has no answer.
+///
+/// @param interrupted whether that is because the user ended it early.
+[[nodiscard]] std::string RunDocument(const common::Error& error, bool interrupted = false);
 
 }  // namespace corvo::telemetry::host
