@@ -86,6 +86,20 @@ TEST_F(PrintCommand, WritesAnObjectALine) {
             "{\"rowid\":1,\"time\":\"a\",\"value\":{\"real\":\"-Infinity\"}}\n");
 }
 
+// C1, DEL, a turn of the direction, a separator of lines.
+TEST_F(PrintCommand, EscapesInJsonWhatCouldSpeakToATerminalAndNoLetter) {
+  const std::string hostile =
+      "\xc2\x9b"
+      "31m\x7f\u202e\u2028 Ger\u00e4t \u65e5";
+  Write("time TEXT, value", "('a', '" + hostile + "')");
+  for (const std::vector<std::string>& form : {std::vector<std::string>{"--json"}, {"--format", "jsonl"}}) {
+    const HostRun run = PrintIt(form);
+    EXPECT_THAT(run.out, HasSubstr("\"\\u009b31m\\u007f\\u202e\\u2028 Ger\u00e4t \u65e5\""));
+  }
+  EXPECT_EQ(PrintIt({"--json"}).Json()["rows"][0]["value"], hostile);
+  EXPECT_THAT(PrintIt({"--format", "csv"}).out, HasSubstr(hostile));
+}
+
 TEST_F(PrintCommand, WritesCsvThatSpreadsheetsRead) {
   Write("time TEXT, value", "('a,b', 'say \"yes\"'), ('', NULL), ('=1+1', x'0a')");
   EXPECT_EQ(PrintIt({"--format", "csv", "--oldest"}).out,

@@ -66,6 +66,17 @@ TEST(Printable, KeepsEveryOtherCharacter) {
   EXPECT_EQ(Printable("\u07ff\u0800\ud7ff\uffff\U00010000\U0010ffff"), "\u07ff\u0800\ud7ff\uffff\U00010000\U0010ffff");
 }
 
+TEST(EscapedInJson, LeavesNothingThatCouldSpeakToATerminal) {
+  EXPECT_EQ(EscapedInJson("{\n  \"a\": \"\x7f\xc2\x85\xc2\x9b"
+                          "31m\u061c\u200e\u202e\u2028\u2069\"\n}"),
+            "{\n  \"a\": \"\\u007f\\u0085\\u009b31m\\u061c\\u200e\\u202e\\u2028\\u2069\"\n}");
+}
+
+TEST(EscapedInJson, KeepsEveryOtherCharacterAndTheLayout) {
+  const std::string document = "{\n  \"Gerät Ж 日本 \xc2\xa0\": \"\\u001b\\n\\\\ \uffff\U0010ffff\"\n}";
+  EXPECT_EQ(EscapedInJson(document), document);
+}
+
 TEST(Counted, TellsOneFromMany) {
   EXPECT_EQ(Counted(0, "row"), "0 rows");
   EXPECT_EQ(Counted(1, "row"), "1 row");

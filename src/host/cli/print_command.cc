@@ -91,13 +91,13 @@ void PrintTable(TableRows& rows, const PrintOptions& options, const Place& place
 }
 
 void PrintLines(TableRows& rows, const PrintOptions& options) {
-  const Reader reader = IsTerminal(stdout) ? Reader::kTerminal : Reader::kProgram;
   const std::vector<std::string>& columns = rows.Columns();
   if (options.format == "csv") {
+    const Reader reader = IsTerminal(stdout) ? Reader::kTerminal : Reader::kProgram;
     Print(CsvHead(columns, reader));
     ReadRows(rows, options.limit, [reader](const Cells& row) { Print(CsvLine(row, reader)); });
   } else {
-    ReadRows(rows, options.limit, [&columns, reader](const Cells& row) { Print(RowJsonLine(columns, row, reader)); });
+    ReadRows(rows, options.limit, [&columns](const Cells& row) { Print(RowJsonLine(columns, row)); });
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "common/text.h"
+#include "host/show/units.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -22,9 +23,15 @@ std::string ReadText(const Json& object, const char* name) {
   return member != object.end() && member->is_string() ? member->get<std::string>() : "";
 }
 
+std::string Dump(const Json& document, int indentation) {
+  return EscapedInJson(document.dump(indentation, ' ', false, Json::error_handler_t::replace));
+}
+
 }  // namespace
 
-std::string JsonText(const Json& document) { return document.dump(2, ' ', false, Json::error_handler_t::replace); }
+std::string JsonText(const Json& document) { return Dump(document, 2); }
+
+std::string JsonLine(const Json& document) { return Dump(document, -1); }
 
 Json ErrorJson(const common::Error& error) {
   common::Error valid = error;

@@ -11,8 +11,11 @@ namespace corvo::telemetry::host {
 using Json = nlohmann::ordered_json;
 
 /// The document's text for people and programs: indented, UTF-8; bytes that are not UTF-8 become U+FFFD, so that a
-/// strange file name cannot spoil the document.
+/// strange file name cannot spoil the document. What could speak to a terminal is escaped.
 [[nodiscard]] std::string JsonText(const Json& document);
+
+/// The same on one line.
+[[nodiscard]] std::string JsonLine(const Json& document);
 
 /// The record as a JSON object, also when its texts are not UTF-8.
 [[nodiscard]] Json ErrorJson(const common::Error& error);

@@ -107,6 +107,23 @@ std::string Printable(std::string_view text) {
   return printable;
 }
 
+std::string EscapedInJson(std::string_view document) {
+  std::string escaped;
+  escaped.reserve(document.size());
+  while (!document.empty()) {
+    const Character character = FirstOf(document);
+    // Those that JSON itself escapes within texts: outside they are its line feeds.
+    const bool lays_out = character.code < 0x20;
+    if (lays_out || IsHarmless(character.code)) {
+      escaped += document.substr(0, character.length);
+    } else {
+      escaped += fmt::format("\\u{:04x}", static_cast<std::uint32_t>(character.code));
+    }
+    document.remove_prefix(character.length);
+  }
+  return escaped;
+}
+
 std::string Counted(std::int64_t number, const std::string& noun) {
   return fmt::format("{} {}{}", WithSeparators(number), noun, number == 1 ? "" : "s");
 }

@@ -17,6 +17,10 @@ namespace corvo::telemetry::host {
 /// byte that is no UTF-8. A backslash stays: the result is for reading, and a second call changes nothing.
 [[nodiscard]] std::string Printable(std::string_view text);
 
+/// The text of a JSON document, valid UTF-8, in which what the above escapes is escaped as JSON does: whoever reads the
+/// document finds the same values, and a terminal on which it is shown finds nothing to obey.
+[[nodiscard]] std::string EscapedInJson(std::string_view document);
+
 /// "1 row", "12 rows".
 [[nodiscard]] std::string Counted(std::int64_t number, const std::string& noun);
 

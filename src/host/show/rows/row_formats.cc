@@ -52,9 +52,8 @@ Json RowJson(const std::vector<std::string>& columns, const Cells& row) {
   return json;
 }
 
-std::string RowJsonLine(const std::vector<std::string>& columns, const Cells& row, Reader reader) {
-  const bool ascii_only = reader == Reader::kTerminal;
-  return RowJson(columns, row).dump(-1, ' ', ascii_only, Json::error_handler_t::replace) + "\n";
+std::string RowJsonLine(const std::vector<std::string>& columns, const Cells& row) {
+  return JsonLine(RowJson(columns, row)) + "\n";
 }
 
 std::string CsvHead(const std::vector<std::string>& columns, Reader reader) {

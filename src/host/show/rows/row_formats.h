@@ -17,11 +17,11 @@ namespace corvo::telemetry::host {
 /// An object with a member for each column.
 [[nodiscard]] Json RowJson(const std::vector<std::string>& columns, const Cells& row);
 
-/// Whoever reads the output. A terminal gets nothing that could speak to it.
-enum class Reader { kProgram, kTerminal };
-
 /// A line of JSON.
-[[nodiscard]] std::string RowJsonLine(const std::vector<std::string>& columns, const Cells& row, Reader reader);
+[[nodiscard]] std::string RowJsonLine(const std::vector<std::string>& columns, const Cells& row);
+
+/// Whoever reads the CSV, which has no escapes. A terminal gets nothing that could speak to it.
+enum class Reader { kProgram, kTerminal };
 
 /// A line of CSV (RFC 4180): the columns' names.
 [[nodiscard]] std::string CsvHead(const std::vector<std::string>& columns, Reader reader);
