@@ -15,6 +15,7 @@
 #include "host/cli/words/command_words.h"
 #include "host/cli/words/help_text.h"
 #include "host/cli/words/wrong_usage.h"
+#include "host/pass/logging.h"
 #include "host/platform/platform.h"
 #include "host/show/failure.h"
 #include "host/show/json_text.h"
@@ -99,13 +100,18 @@ bool Holds(std::string_view flag, int argc, char** argv) {
   return std::any_of(argv, argv + argc, [flag](const char* word) { return word == flag; });
 }
 
+/// Tells of what got lost on its way, with `errno` for the reason.
+int Lost(const char* what, int exit_code) {
+  Tell(fmt::format("cannot write {}: {}", what, std::strerror(errno)));
+  return exit_code == kDone ? kPassFailed : exit_code;
+}
+
 // Output that got lost (a full disk, a closed pipe) must not look like success.
 int Finish(int exit_code) {
-  if (!OutputLost()) {
-    return exit_code;
+  if (LogLost()) {
+    exit_code = Lost("the log", exit_code);
   }
-  Tell(fmt::format("cannot write standard output: {}", std::strerror(errno)));
-  return exit_code == kDone ? kPassFailed : exit_code;
+  return OutputLost() ? Lost("standard output", exit_code) : exit_code;
 }
 
 }  // namespace

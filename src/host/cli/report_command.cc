@@ -9,6 +9,7 @@
 
 #include "common/text.h"
 #include "host/cli/commands.h"
+#include "host/cli/output_place.h"
 #include "host/cli/page_file.h"
 #include "host/cli/words/common_options.h"
 #include "host/cli/words/help_text.h"

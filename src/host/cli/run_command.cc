@@ -12,6 +12,7 @@
 #include "common/text.h"
 #include "host/cli/commands.h"
 #include "host/cli/loss_limit.h"
+#include "host/cli/output_place.h"
 #include "host/cli/words/common_options.h"
 #include "host/cli/words/help_text.h"
 #include "host/cli/words/option_values.h"
@@ -183,7 +184,8 @@ class Work {
  public:
   Work(const RunOptions& options, const DataDirectory& directory)
       : options_(options),
-        log_(options.log_level, options.log_file),
+        log_(options.log_level,
+             options.log_file.empty() ? fs::path() : RequireLogPlace(options.log_file, directory.path)),
         module_(options.plugin.empty() ? DefaultModulePath() : fs::path(options.plugin)),
         run_{.directory = directory.path,
              .source = directory.origin,

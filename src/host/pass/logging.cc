@@ -1,28 +1,32 @@
 #include "host/pass/logging.h"
 
 #include <fmt/core.h>
-#include <plog/Appenders/ConsoleAppender.h>
-#include <plog/Appenders/RollingFileAppender.h>
+#include <plog/Appenders/IAppender.h>
+#include <plog/Converters/UTF8Converter.h>
 #include <plog/Formatters/TxtFormatter.h>
 
 #include <algorithm>
 #include <array>
-#include <fstream>
+#include <cerrno>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <mutex>
 #include <set>
+#include <system_error>
+#include <utility>
 
 #include "common/log.h"
+#include "common/text.h"
+#include "host/pass/log_file.h"
 #include "host/show/failure.h"
 #include "host/show/standard_error.h"
+#include "host/show/units.h"
 
 namespace corvo::telemetry::host {
 namespace {
 
-constexpr std::size_t kLogFileBytes = 5'000'000;
-constexpr int kLogFiles = 3;
-
+namespace fs = std::filesystem;
 using Text = plog::util::nstring;
 
 struct Level {
@@ -36,55 +40,66 @@ constexpr std::array kLevels = {Level{"none", plog::none, false},       Level{"f
                                 Level{"warning", plog::warning, false}, Level{"info", plog::info, false},
                                 Level{"debug", plog::debug, false},     Level{"verbose", plog::verbose, false}};
 
-/// UTF-8 as the formatter made it. plog's own converter begins every file with a byte-order mark, which tools that read
-/// line by line take for a part of the first line.
-class PlainUtf8Converter : public plog::UTF8Converter {
- public:
-  static std::string header(const Text& text) { return convert(text); }
-};
-
 /// Severity and text: what a person at the terminal needs.
-class ShortFormatter {
- public:
-  static Text header() { return {}; }
+Text ShortForm(const plog::Record& record) {
+  plog::util::nostringstream line;
+  line << plog::severityToString(record.getSeverity()) << PLOG_NSTR(" ") << record.getMessage() << PLOG_NSTR("\n");
+  return line.str();
+}
 
-  static Text format(const plog::Record& record) {
-    plog::util::nostringstream line;
-    line << plog::severityToString(record.getSeverity()) << PLOG_NSTR(" ") << record.getMessage() << PLOG_NSTR("\n");
-    return line.str();
-  }
+/// Where the log goes: how a record reads there, and what writes its line and gives the `errno` of a failure.
+struct Target {
+  Text (*format)(const plog::Record&) = nullptr;
+  std::function<int(const std::string&)> write = {};
 };
+
+/// The record as it is written, in UTF-8. The names and messages in it can be a file's own, whoever logs them.
+std::string LineOf(const Text& formatted) {
+  std::string line = plog::UTF8Converter::convert(formatted);
+  line.pop_back();  // the line feed of the formatter
+  return Printable(line) + "\n";
+}
 
 /// Shares standard error with the line of progress.
-class StandardErrorAppender : public plog::ConsoleAppender<ShortFormatter> {
- public:
-  StandardErrorAppender() : plog::ConsoleAppender<ShortFormatter>(plog::streamStdErr) {}
-
-  void write(const plog::Record& record) override {
-    ClearProgress();
-    plog::ConsoleAppender<ShortFormatter>::write(record);
+int WriteToStandardError(const std::string& line) {
+  ClearProgress();
+  try {
+    // Not by the standard library's own functions: they cut characters in two on a console of Windows.
+    fmt::print(stderr, "{}", line);
+    return 0;
+  } catch (const std::system_error& failure) {
+    return failure.code().value() != 0 ? failure.code().value() : EIO;
   }
-};
+}
 
 /// What the logger, which keeps its appenders for good, is given once: passes records on to where the log goes now.
 class Outlet : public plog::IAppender {
  public:
-  void Connect(std::unique_ptr<plog::IAppender> target, bool spares) {
+  void Connect(Target target, bool spares) {
     const std::lock_guard lock(mutex_);
     target_ = std::move(target);
     spares_ = spares;
     spared_.clear();
   }
 
+  void Disconnect() { Connect({}, false); }
+
   void Spare(const Text& failure) {
     const std::lock_guard lock(mutex_);
     spared_.insert(failure);
   }
 
+  /// The `errno` of the first record that was lost; 0 while none was.
+  [[nodiscard]] int Failure() {
+    const std::lock_guard lock(mutex_);
+    return failure_;
+  }
+
   void write(const plog::Record& record) override {
     const std::lock_guard lock(mutex_);
-    if (target_ != nullptr && !(spares_ && IsSpared(record.getMessage()))) {
-      target_->write(record);
+    if (target_.write && !(spares_ && IsSpared(record.getMessage()))) {
+      const int failure = target_.write(LineOf(target_.format(record)));
+      failure_ = failure_ != 0 ? failure_ : failure;
     }
   }
 
@@ -96,8 +111,9 @@ class Outlet : public plog::IAppender {
   }
 
   std::mutex mutex_;
-  std::unique_ptr<plog::IAppender> target_;
+  Target target_;
   bool spares_ = false;
+  int failure_ = 0;
   std::set<Text> spared_;
 };
 
@@ -121,19 +137,22 @@ const Level& FindLevel(const std::string& name) {
 }
 
 // A person wants to read only of what went wrong; a file is read when somebody looks for a reason.
-const Level& ChosenLevel(const std::string& name, const std::string& file) {
+const Level& ChosenLevel(const std::string& name, const fs::path& file) {
   const char* fallback = file.empty() ? kDefaultLogLevel : kDefaultLogFileLevel;
   return FindLevel(name.empty() ? fallback : name);
 }
 
-std::unique_ptr<plog::IAppender> FileAppender(const std::string& file) {
-  // The appender itself would stay silent about a file that it cannot open.
-  if (!std::ofstream(file, std::ios::app)) {
-    throw CommandFailure(kUsage,
-                         fmt::format("--log-file: cannot write {}; name a file in a directory that exists", file));
+Target TargetOf(const fs::path& file) {
+  if (file.empty()) {
+    return {&ShortForm, &WriteToStandardError};
   }
-  using Appender = plog::RollingFileAppender<plog::TxtFormatter, plog::NativeEOLConverter<PlainUtf8Converter>>;
-  return std::make_unique<Appender>(file.c_str(), kLogFileBytes, kLogFiles);
+  try {
+    const auto log = std::make_shared<LogFile>(file);
+    return {&plog::TxtFormatter::format, [log](const std::string& line) { return log->Write(line); }};
+  } catch (const std::system_error& failure) {
+    throw CommandFailure(kUsage, fmt::format("--log-file {}: cannot be written: {}; name a file where you may write",
+                                             common::Utf8(file), failure.code().message()));
+  }
 }
 
 }  // namespace
@@ -148,15 +167,20 @@ const std::vector<std::string>& LogLevels() {
   return names;
 }
 
-LogScope::LogScope(const std::string& level, const std::string& file) : former_(TheLogger().getMaxSeverity()) {
+LogScope::LogScope(const std::string& level, const fs::path& file) : former_(TheLogger().getMaxSeverity()) {
   const Level& chosen = ChosenLevel(level, file);
-  TheOutlet().Connect(file.empty() ? std::make_unique<StandardErrorAppender>() : FileAppender(file), chosen.spares);
+  TheOutlet().Connect(TargetOf(file), chosen.spares);
   TheLogger().setMaxSeverity(chosen.severity);
 }
 
 LogScope::~LogScope() {
   TheLogger().setMaxSeverity(former_);
-  TheOutlet().Connect(nullptr, false);
+  TheOutlet().Disconnect();
+}
+
+bool LogLost() {
+  errno = TheOutlet().Failure();
+  return errno != 0;
 }
 
 void SpareInLog(const common::Error& failure) {

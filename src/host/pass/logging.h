@@ -2,6 +2,7 @@
 
 #include <plog/Severity.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,7 @@ class LogScope {
   ///
   /// @param level one of `LogLevels`; empty for the default of standard error or of a file.
   /// @throws CommandFailure (`kUsage`) when the file cannot be written.
-  LogScope(const std::string& level, const std::string& file);
+  LogScope(const std::string& level, const std::filesystem::path& file);
   LogScope(const LogScope&) = delete;
   LogScope& operator=(const LogScope&) = delete;
   ~LogScope();
@@ -31,6 +32,10 @@ class LogScope {
  private:
   plog::Severity former_;
 };
+
+/// Whether any record was lost, up to now, because it could not be written. `errno` is then the reason of the first
+/// loss. A log that lacks some is no reason to stop the work half-way.
+[[nodiscard]] bool LogLost();
 
 /// Names a failure that every pass meets and forgives, such as a missing table: nobody who did not ask for the log
 /// wants to read of it. May be called from any thread, before the failure is logged.

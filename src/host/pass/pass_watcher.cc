@@ -10,7 +10,6 @@
 #include "host/pass/logging.h"
 #include "host/pass/statement_kind.h"
 #include "host/show/progress.h"
-#include "host/show/units.h"
 #include "storage/database_name.h"
 #include "storage/result_code.h"
 #include "storage/telemetry_storage.h"
@@ -28,13 +27,12 @@ std::string DatabaseName(const shared::StatementRecord& statement) {
   return shared::RemoveDatabaseExtension(FileName(statement.database_path));
 }
 
-/// A trigger of the file can put anything into the message of its failure.
 void Log(const shared::StatementRecord& statement) {
   const std::chrono::duration<double> seconds = statement.end - statement.start;
   const std::string outcome =
       statement.result.Failed() ? statement.result.what : fmt::format("{} rows changed", statement.rows_changed);
-  CORVO_LOG(plog::debug, "Statement") << Printable(
-      fmt::format("{}: {} -> {} in {:.3f} s", DatabaseName(statement), statement.sql, outcome, seconds.count()));
+  CORVO_LOG(plog::debug, "Statement") << fmt::format("{}: {} -> {} in {:.3f} s", DatabaseName(statement), statement.sql,
+                                                     outcome, seconds.count());
 }
 
 void AddTo(Visit& visit, const StatementKind& kind, std::int64_t rows) {

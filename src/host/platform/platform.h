@@ -23,6 +23,15 @@ void PrepareProcess();
 /// Whether a person watches the stream.
 [[nodiscard]] bool IsTerminal(std::FILE* stream);
 
+/// Opens a file, which is made when it is missing, to add text to its end; follows no link and waits for nobody.
+///
+/// @return null, with the reason in `errno`, when it cannot be opened, or is neither an ordinary file nor a device.
+[[nodiscard]] std::FILE* OpenToAppend(const std::filesystem::path& file);
+
+/// Whether this is a device that text may go to without harm: a terminal, or the one that takes everything and keeps
+/// nothing.
+[[nodiscard]] bool IsTerminalOrNull(const std::filesystem::path& device);
+
 /// Columns of the terminal now, as a person may have resized it; 80 when it does not tell or the stream is none.
 [[nodiscard]] int TerminalWidth(std::FILE* stream);
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <locale>
 #include <stdexcept>
@@ -62,6 +63,43 @@ void PrepareProcess() {
 }
 
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
+
+// A pipe would make the opening wait for its reader, and a terminal would become the one that can interrupt.
+std::FILE* OpenToAppend(const std::filesystem::path& file) {
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  constexpr mode_t kForAll = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+  const int opened = open(file.c_str(), kFlags, kForAll);
+  if (opened < 0) {
+    return nullptr;
+  }
+  struct stat status {};
+  const bool known = fstat(opened, &status) == 0;
+  const bool fits = known && (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode));
+  std::FILE* const stream = fits && fcntl(opened, F_SETFL, O_APPEND) == 0 ? fdopen(opened, "a") : nullptr;
+  if (stream == nullptr) {
+    const int reason = known && !fits ? ENXIO : errno;
+    close(opened);
+    errno = reason;
+  }
+  return stream;
+}
+
+bool IsTerminalOrNull(const std::filesystem::path& device) {
+  struct stat status {};
+  struct stat null {};
+  if (stat(device.c_str(), &status) != 0 || !S_ISCHR(status.st_mode)) {
+    return false;
+  }
+  if (stat("/dev/null", &null) == 0 && S_ISCHR(null.st_mode) && null.st_rdev == status.st_rdev) {
+    return true;
+  }
+  const int opened = open(device.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  const bool terminal = opened >= 0 && isatty(opened) != 0;
+  if (opened >= 0) {
+    close(opened);
+  }
+  return terminal;
+}
 
 int TerminalWidth(std::FILE* stream) {
   winsize size{};

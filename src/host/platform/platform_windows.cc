@@ -44,6 +44,12 @@ void PrepareProcess() {
 
 bool IsTerminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
 
+// What is no ordinary file has been refused by its name: nobody can put a pipe or a device in a folder.
+std::FILE* OpenToAppend(const std::filesystem::path& file) { return _wfopen(file.c_str(), L"aN"); }
+
+// Devices have names of their own in every folder, NUL and CON, which no path of a file leads to.
+bool IsTerminalOrNull(const std::filesystem::path& /*device*/) { return false; }
+
 int TerminalWidth(std::FILE* stream) {
   CONSOLE_SCREEN_BUFFER_INFO console{};
   return GetConsoleScreenBufferInfo(HandleOf(stream), &console) != 0
