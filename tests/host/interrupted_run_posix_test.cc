@@ -54,6 +54,31 @@ TEST_F(InterruptedRun, WritesItsDocumentAllTheSame) {
   EXPECT_EQ(Rows(), rows_);
 }
 
+TEST_F(InterruptedRun, EndsInOrderWhenItsTerminalGoesAway) {
+  const HostRun run = RunAndSend("HUP", "--json");
+  EXPECT_EQ(run.exit_code, 129);
+  EXPECT_EQ(run.Json()["databases"][1]["problem"]["kind"], "interrupted");
+  EXPECT_EQ(Rows(), rows_);
+  EXPECT_FALSE(std::filesystem::exists(File(".corvo-telemetry-host.lock")));
+  EXPECT_TRUE(std::filesystem::exists(File(".corvo-telemetry-host.history")));
+}
+
+TEST_F(InterruptedRun, SaysInTheDocumentOfAFailureThatItsTerminalWentAway) {
+  std::string holder;
+  const auto lock = telemetry::host::InstanceLock::TryTake(data_, holder);
+  const HostRun run = RunHostThrough({"timeout", "--foreground", "--preserve-status", "--signal", "HUP", "3"},
+                                     {"run", "--data-dir", data_, "--wait", "600", "--json"});
+  EXPECT_EQ(run.exit_code, 129);
+  EXPECT_EQ(run.Json()["interrupted"], true);
+}
+
+TEST_F(InterruptedRun, StaysUntouchedByAHangUpThatItWasStartedToIgnore) {
+  const HostRun run = RunHostThrough({"sh", "-c", "trap '' HUP; (sleep 1; kill -HUP $$) & exec \"$0\" \"$@\""},
+                                     {"run", "--data-dir", data_, "--time-limit", "2"});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_THAT(run.out, HasSubstr("Cleaned 1 of 5 databases"));
+}
+
 TEST_F(InterruptedRun, CanBeEndedWhileItWaitsForAnotherOne) {
   std::string holder;
   const auto lock = telemetry::host::InstanceLock::TryTake(data_, holder);

@@ -24,6 +24,10 @@ int SignalWithinAScope(int number) {
 
 [[noreturn]] void Exit(bool good) { _exit(good ? 0 : 1); }
 
+std::string NameOfSignal(const testing::TestParamInfo<int>& signal) {
+  return signal.param == SIGHUP ? "HangUp" : signal.param == SIGINT ? "Interrupt" : "Terminate";
+}
+
 class Interruption : public testing::TestWithParam<int> {};
 
 TEST_P(Interruption, TheFirstCallsTheFunctionAndTheProcessGoesOn) {
@@ -31,7 +35,9 @@ TEST_P(Interruption, TheFirstCallsTheFunctionAndTheProcessGoesOn) {
               ExitedWithCode(0), "");
 }
 
-TEST_P(Interruption, TheSecondEndsTheProcessAtOnce) {
+class InterruptionAgain : public Interruption {};
+
+TEST_P(InterruptionAgain, TheSecondEndsTheProcessAtOnce) {
   const auto twice = [] {
     std::promise<void> never;
     const InterruptionScope scope([&never](int) { never.get_future().wait(); });
@@ -68,8 +74,26 @@ TEST_P(Interruption, OfAThreadAtWorkCallsTheFunctionMeanwhile) {
   EXPECT_EXIT(Exit(at_work()), ExitedWithCode(0), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, Interruption, testing::Values(SIGINT, SIGTERM),
-                         [](const auto& signal) { return signal.param == SIGINT ? "Interrupt" : "Terminate"; });
+INSTANTIATE_TEST_SUITE_P(Signals, Interruption, testing::Values(SIGHUP, SIGINT, SIGTERM), NameOfSignal);
+INSTANTIATE_TEST_SUITE_P(Signals, InterruptionAgain, testing::Values(SIGINT, SIGTERM), NameOfSignal);
+
+TEST(InterruptionScope, TakesHangingUpTwiceForOneRequest) {
+  const auto twice = [] {
+    std::promise<void> told_twice;
+    int calls = 0;
+    {
+      const InterruptionScope scope([&](int) {
+        ++calls;
+        told_twice.get_future().wait();
+      });
+      raise(SIGHUP);
+      raise(SIGHUP);
+      told_twice.set_value();
+    }
+    return calls == 1 && InterruptionScope::Signal() == SIGHUP;
+  };
+  EXPECT_EXIT(Exit(twice()), ExitedWithCode(0), "");
+}
 
 TEST(InterruptionScope, WithoutARequestCallsNothing) {
   bool called = false;

@@ -12,7 +12,7 @@
 namespace corvo::telemetry::host {
 namespace {
 
-constexpr std::array kRequests = {SIGINT, SIGTERM};
+constexpr std::array kRequests = {SIGHUP, SIGINT, SIGTERM};
 
 std::atomic<int> first_request = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler sets it");
@@ -29,7 +29,7 @@ void OnRequest(int request) {
   int none = 0;
   if (first_request.compare_exchange_strong(none, request)) {
     sem_post(&wake.handle);
-  } else {
+  } else if (request != SIGHUP) {  // The shell and the system both tell that a terminal is gone: that is one request.
     // Blocked until the return from here. Dying by the signal is what tells the shell 128 more.
     signal(request, SIG_DFL);
     raise(request);

@@ -16,7 +16,8 @@ enum ExitCode : int {
   kNoDataDirectory = 10,
   kAnotherRun = 11,  ///< of the same data directory, and --wait was over
   kModuleNotLoadable = 12,
-  kInterrupted = 130,  ///< Ctrl-C: 128 and the number of the signal, as shells have it
+  kHungUp = 129,       ///< the terminal is gone: 128 and the number of the signal, as shells have it
+  kInterrupted = 130,  ///< Ctrl-C
   kTerminated = 143,
 };
 
@@ -24,10 +25,13 @@ enum ExitCode : int {
 inline constexpr const char* kExitCodes =
     "Exit codes: 0 done, or nothing to do; 1 something was not done; 2 wrong usage;\n"
     "3 something was found; 10 no data directory, or none that can be used;\n"
-    "11 another run is at work there; 12 module not loadable; 130 / 143 interrupted.";
+    "11 another run is at work there; 12 module not loadable;\n"
+    "129 / 130 / 143 interrupted.";
 
-/// The exit code of a program that a signal, 2 or 15, has ended early.
-[[nodiscard]] constexpr ExitCode InterruptedBy(int signal) { return signal == 2 ? kInterrupted : kTerminated; }
+/// The exit code of a program that a signal, 1, 2 or 15, has ended early.
+[[nodiscard]] constexpr ExitCode InterruptedBy(int signal) {
+  return signal == 1 ? kHungUp : signal == 2 ? kInterrupted : kTerminated;
+}
 
 /// A command that cannot go on: the text says what happened, where, and what to do.
 class CommandFailure : public std::runtime_error {
@@ -37,7 +41,9 @@ class CommandFailure : public std::runtime_error {
   [[nodiscard]] ExitCode Code() const { return exit_code_; }
 
   /// Whether the user ended the command early.
-  [[nodiscard]] bool Interrupted() const { return exit_code_ == kInterrupted || exit_code_ == kTerminated; }
+  [[nodiscard]] bool Interrupted() const {
+    return exit_code_ == kHungUp || exit_code_ == kInterrupted || exit_code_ == kTerminated;
+  }
 
   /// The failure as a record of category `EC_Custom` whose code is the exit code.
   [[nodiscard]] common::Error Record() const;
