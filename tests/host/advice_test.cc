@@ -10,6 +10,7 @@ namespace corvo::telemetry::host {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 common::Error StorageResult(int code) { return test::StorageFailure(code, ""); }
 
@@ -33,7 +34,8 @@ TEST_P(AdviceOnStorage, LooksAtTheLowByteOfExtendedCodes) {
 INSTANTIATE_TEST_SUITE_P(Kinds, AdviceOnStorage,
                          testing::Values(Case{5, "Another program"}, Case{6, "Another program"}, Case{8, "this user"},
                                          Case{14, "this user"}, Case{11, "damaged"}, Case{26, "damaged"},
-                                         Case{13, "space"}, Case{10, "space"}, Case{1, "log"}, Case{9, "--time-limit"},
+                                         Case{13, "space"}, Case{10, "space"}, Case{1, "knows no remedy"},
+                                         Case{19, "constraint or a trigger"}, Case{9, "--time-limit"},
                                          Case{7, "--memory-limit"}, Case{18, "larger than"},
                                          Case{23, "no collector should make"}));
 
@@ -44,7 +46,34 @@ TEST(Advice, OnADamagedFileSavesItsRowsBeforeItIsMovedAway) {
 }
 
 TEST(Advice, PointsToTheLogWhenNothingBetterIsKnown) {
-  EXPECT_THAT(Advice(common::MakeErrorFromException(nullptr)), HasSubstr("--log-level"));
+  EXPECT_THAT(Advice(common::MakeErrorFromException(nullptr)), HasSubstr("--log-level debug"));
+}
+
+TEST(Advice, OnATextThatIsTooLongPromisesNothingOfTheLog) {
+  EXPECT_THAT(Advice(StorageResult(18)), Not(HasSubstr("--log-level")));
+}
+
+using Cause = Problem::Cause;
+
+TEST(AdviceByCause, ComesBeforeThatOnTheRecord) {
+  const auto advice = [](Problem::Kind kind, Cause cause) {
+    return Advice(Problem{kind, "", StorageResult(14), cause});
+  };
+  EXPECT_THAT(advice(Problem::Kind::kCannotOpen, Cause::kOther), HasSubstr("ordinary files"));
+  EXPECT_THAT(advice(Problem::Kind::kCannotOpen, Cause::kDanglingLink), HasSubstr("remove the link"));
+  EXPECT_THAT(advice(Problem::Kind::kCannotOpen, Cause::kHalfChanged), HasSubstr("puts it right"));
+  EXPECT_THAT(advice(Problem::Kind::kCannotOpen, Cause::kReadOnlyFileSystem), HasSubstr("file system writable"));
+  EXPECT_THAT(advice(Problem::Kind::kCannotOpen, Cause::kNoFileHandles), HasSubstr("more files open"));
+}
+
+TEST(AdviceByCause, NamesAnotherPlaceOnlyForWhatCanBeElsewhere) {
+  EXPECT_THAT(Advice(Problem{Problem::Kind::kNoRoom, "", {}}), HasSubstr("SQLITE_TMPDIR"));
+  EXPECT_THAT(Advice(Problem{Problem::Kind::kNoRoom, "", {}, Cause::kNoRoomBeside}), Not(HasSubstr("SQLITE_TMPDIR")));
+}
+
+TEST(AdviceByCause, IsNoneWhereThereIsNothingToDoButToRunAgain) {
+  EXPECT_EQ(Advice(Problem{Problem::Kind::kFailed, "another program took it away", {}}), "");
+  EXPECT_EQ(Advice(Problem{Problem::Kind::kNotReached, "", {}}), "");
 }
 
 }  // namespace

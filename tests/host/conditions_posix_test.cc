@@ -80,6 +80,20 @@ const Answers kUnreadable = {{"explain", {1, "cannot be explained: permission de
                              {"status", {1, "HealthLog cannot be read: permission denied"}},
                              {"verify", {3, "cannot be looked at: permission denied"}}};
 
+void LinkToNothing(const std::string& data) {
+  Fill(data);
+  fs::remove(data + "/HealthLog.db");
+  fs::create_symlink("/missing/HealthLog.db", data + "/HealthLog.db");
+}
+
+const Answers kLinkToNothing = {
+    {"explain", {1, "a link to /missing/HealthLog.db, which is not there. Bring back what the link leads to"}},
+    {"plan", {1, "not cleaned: HealthLog (a link to /missing/HealthLog.db, which is not there)"}},
+    {"report", {1, "a link to /missing/HealthLog.db, which is not there"}},
+    {"run", {1, "not cleaned: HealthLog (a link to /missing/HealthLog.db, which is not there)"}},
+    {"status", {1, "HealthLog cannot be read: a link to /missing/HealthLog.db"}},
+    {"verify", {3, "cannot be looked at: a link to /missing/HealthLog.db"}}};
+
 const Answers kReadOnlyDatabase = {{"plan", {1, "not cleaned: HealthLog (permission denied)"}},
                                    {"run", {1, "not cleaned: HealthLog (permission denied)"}}};
 
@@ -123,6 +137,10 @@ const Answers kHostileNames = {{"explain", {1, "cannot be explained: CollectorCa
 const Answers kFullDisk = {
     {"plan", {1, "not cleaned: "}}, {"report", {1, "cannot write the page"}}, {"run", {1, "not cleaned: "}}};
 
+/// Enough for those that open one database at a time for reading.
+const Answers kFewFiles = {{"plan", {1, "not cleaned: Cache (this program has as many files open as it may)"}},
+                           {"run", {1, "not cleaned: Cache (this program has as many files open as it may)"}}};
+
 /// Nobody can read an answer, so the exit code alone tells.
 const Answers kMute = {{"contracts", {1, ""}}, {"explain", {1, ""}}, {"generate", {2, ""}}, {"history", {1, ""}},
                        {"plan", {1, ""}},      {"print", {1, ""}},   {"report", {1, ""}},   {"run", {1, ""}},
@@ -136,8 +154,10 @@ INSTANTIATE_TEST_SUITE_P(
                                      Mode("DirectoryWithoutPermission", "", 0, Denied()),
                                      Condition{"ForeignDirectory", &GiveAway, Foreign()},
                                      Condition{"PathTooLongForSqlite", &MoveFarAway, kPathTooLong},
+                                     Condition{"LinkToNothing", &LinkToNothing, kLinkToNothing, {}, "BatteryStatus"},
                                      Condition{"HostileNames", &UseHostileNames, kHostileNames},
                                      Condition{"FullDisk", &Fill, kFullDisk, Shell("ulimit -f 100")},
+                                     Condition{"FewFiles", &Fill, kFewFiles, Shell("exec 3>&- 4>&-; ulimit -n 5")},
                                      Condition{"ClosedStreams", &Fill, kMute, Shell("exec >&- 2>&-")}),
                      testing::ValuesIn(Commands())),
     NameOfCase);

@@ -140,6 +140,7 @@ TEST_F(ReadState, TellsOfAChangeThatItsWriterNeverEnded) {
   const DatabaseState database = ReadDirectoryState(left.Path(), "", {"HealthLog"}, kNow).databases.at(0);
   ASSERT_TRUE(database.problem.has_value());
   EXPECT_THAT(database.problem->reason, HasSubstr("a writer left it in the middle of a change"));
+  EXPECT_EQ(database.problem->cause, Problem::Cause::kHalfChanged);
   EXPECT_TRUE(std::filesystem::exists(left.Path() / "HealthLog.db-journal"));
 }
 

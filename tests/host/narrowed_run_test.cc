@@ -143,7 +143,9 @@ TEST_F(NarrowedRun, IsRefusedWhileAnotherRunHoldsTheDirectory) {
   EXPECT_EQ(run.exit_code, 11);
   EXPECT_EQ(run.Json()["result"]["code"], 11);
   EXPECT_THAT(run.err, HasSubstr("another run cleans " + data_ + ": process "));
-  EXPECT_EQ(Run({"--wait", "1"}).exit_code, 11);
+  const HostRun waiting = Run({"--wait", "1"});
+  EXPECT_EQ(waiting.exit_code, 11);
+  EXPECT_THAT(waiting.err, HasSubstr("it did not end within 1 second"));
 }
 
 /// A file that a pass takes for the database of a contract where that one cannot be opened.

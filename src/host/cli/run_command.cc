@@ -29,6 +29,7 @@
 #include "host/show/run/run_text.h"
 #include "host/show/standard_error.h"
 #include "host/show/standard_output.h"
+#include "host/show/units.h"
 #include "storage/telemetry_storage.h"
 
 namespace corvo::telemetry::host {
@@ -129,11 +130,10 @@ void WarnOfMissingLocale() {
 void RequireTrust(const fs::path& directory, bool trusted) {
   const std::string others = trusted || !IsPrivileged() ? "" : WhoElseMayWrite(directory);
   if (!others.empty()) {
-    throw CommandFailure(
-        kNoDataDirectory,
-        fmt::format("the data directory is not safe for a privileged user: {}; take the right to write "
-                    "away from others, or say --trust-directory",
-                    others));
+    throw CommandFailure(kNoDataDirectory,
+                         fmt::format("the data directory is not safe for a privileged user: {}; see to it that nobody "
+                                     "else owns or may write it, or say --trust-directory",
+                                     others));
   }
 }
 
@@ -151,8 +151,10 @@ InstanceLock TakeLock(const fs::path& directory, int wait_s) {
   if (const int signal = InterruptionScope::Signal(); signal != 0) {
     throw CommandFailure(InterruptedBy(signal), "interrupted while another run was waited for: " + holder);
   }
-  throw CommandFailure(kAnotherRun, fmt::format("another run cleans {}: {}; wait for its end with --wait SECONDS",
-                                                common::Utf8(directory), holder));
+  const std::string what_to_do = wait_s == 0 ? "wait for its end with --wait SECONDS"
+                                             : fmt::format("it did not end within {}", Counted(wait_s, "second"));
+  throw CommandFailure(kAnotherRun,
+                       fmt::format("another run cleans {}: {}; {}", common::Utf8(directory), holder, what_to_do));
 }
 
 bool AllIsWell(const RunReport& report) {

@@ -1,6 +1,9 @@
 #include "host/facts/file_problem.h"
 
+#include <fmt/core.h>
+
 #include <string>
+#include <system_error>
 
 #include "common/text.h"
 #include "host/platform/access.h"
@@ -11,6 +14,8 @@ namespace corvo::telemetry::host {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr const char* kDenied = "permission denied";
 
 /// What the storage library says of a file without what everybody knows by then: "not a regular file" of the database,
 /// "HealthLog.db-wal: not a regular file" of a file beside it.
@@ -32,11 +37,48 @@ bool IsTooLong(const fs::path& file) {
   return common::Utf8(RealPath(file)).size() + std::string("-journal").size() >= kLongest;
 }
 
+/// Whether the storage library says more than that it cannot open the file.
+bool IsExplained(const common::Error& error) { return error.what.find(": ") != std::string::npos; }
+
 /// A file that must not be written can often be read: then it is another reason, which SQLite tells.
 bool LacksPermission(const common::Error& error, const fs::path& file, Access access) {
   const bool refused = shared::IsCannotOpen(error) || shared::IsReadOnly(error);
-  const bool told = access == Access::kRead && error.what.find(": ") != std::string::npos;
-  return refused && !told && !MayReadAndWrite(file);
+  return refused && !(access == Access::kRead && IsExplained(error)) && !MayReadAndWrite(file);
+}
+
+/// A program that was killed left its log, without the index that only who may write can make.
+bool LacksIndex(const fs::path& file) {
+  fs::path log = RealPath(file);
+  fs::path index = log;
+  log += "-wal";
+  index += "-shm";
+  std::error_code unknown;
+  return fs::exists(log, unknown) && !fs::exists(index, unknown);
+}
+
+/// Where the link leads; empty when the file is there, or is no link.
+std::string MissingTarget(const fs::path& file) {
+  std::error_code unknown;
+  const bool missing = fs::status(file, unknown).type() == fs::file_type::not_found;
+  const fs::path target = missing ? fs::read_symlink(file, unknown) : fs::path();
+  return unknown && unknown != std::errc::no_such_file_or_directory ? "" : common::Utf8(target);
+}
+
+/// Why a file that is there and may be read could not be opened.
+Problem CannotOpen(const common::Error& error, const fs::path& file, Access access) {
+  using Kind = Problem::Kind;
+  using Cause = Problem::Cause;
+  if (const std::string target = MissingTarget(file); !target.empty()) {
+    return {Kind::kCannotOpen, fmt::format("a link to {}, which is not there", target), error, Cause::kDanglingLink};
+  }
+  if (IsTooLong(file)) {
+    return {Kind::kPathTooLong, "its path is too long for SQLite", error};
+  }
+  if (!IsExplained(error) && LacksFileHandles()) {
+    return {Kind::kCannotOpen, "this program has as many files open as it may", error, Cause::kNoFileHandles};
+  }
+  const Cause cause = access == Access::kRead && LacksIndex(file) ? Cause::kHalfChanged : Cause::kOther;
+  return {Kind::kCannotOpen, ReasonNotToOpen(error, file), error, cause};
 }
 
 }  // namespace
@@ -45,6 +87,12 @@ fs::path RealPath(const fs::path& file) {
   std::error_code unknown;
   const fs::path real = fs::canonical(file, unknown);
   return unknown ? file : real;
+}
+
+Problem NoPermission(const fs::path& file, const common::Error& record) {
+  return IsOnReadOnlyFileSystem(file) ? Problem{Problem::Kind::kCannotOpen, "its file system is read-only", record,
+                                                Problem::Cause::kReadOnlyFileSystem}
+                                      : Problem{Problem::Kind::kCannotOpen, kDenied, record};
 }
 
 Problem ProblemOf(const common::Error& error, const fs::path& file, Access access) {
@@ -62,17 +110,16 @@ Problem ProblemOf(const common::Error& error, const fs::path& file, Access acces
   }
   if (access == Access::kRead && shared::IsReadOnly(error)) {
     return {Kind::kCannotOpen, "a writer left it in the middle of a change; the next one, or a run, puts it right",
-            error};
+            error, Problem::Cause::kHalfChanged};
   }
   if (LacksPermission(error, file, access)) {
-    return {Kind::kCannotOpen, "permission denied", error};
+    return access == Access::kRead ? Problem{Kind::kCannotOpen, kDenied, error} : NoPermission(file, error);
   }
-  if (shared::IsCannotOpen(error) && IsTooLong(file)) {
-    return {Kind::kPathTooLong, "its path is too long for SQLite", error};
+  if (shared::IsCannotOpen(error)) {
+    return CannotOpen(error, file, access);
   }
-  return shared::IsCannotOpen(error) || shared::IsReadOnly(error)
-             ? Problem{Kind::kCannotOpen, ReasonNotToOpen(error, file), error}
-             : Problem{Kind::kUnfit, error.what, error};
+  return shared::IsReadOnly(error) ? Problem{Kind::kCannotOpen, ReasonNotToOpen(error, file), error}
+                                   : Problem{Kind::kUnfit, error.what, error};
 }
 
 }  // namespace corvo::telemetry::host

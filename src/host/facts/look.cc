@@ -43,7 +43,11 @@ common::Error LookAtTable(TelemetryStorage& storage, const ContractView& contrac
   return error;
 }
 
-std::string Megabytes(std::uintmax_t bytes) { return fmt::format("{:.1f} MB", static_cast<double>(bytes) / 1e6); }
+std::string SizeText(std::uintmax_t bytes) {
+  constexpr std::uintmax_t kMegabyte = 1'000'000;
+  return bytes < kMegabyte ? fmt::format("{} bytes", bytes)
+                           : fmt::format("{:.1f} MB", static_cast<double>(bytes) / static_cast<double>(kMegabyte));
+}
 
 /// Compaction writes what the database holds to a temporary file, and the pages that it replaces to a journal. What the
 /// deletions will have freed by then is not known yet, so this asks for the most that it can take.
@@ -60,8 +64,9 @@ std::optional<Problem> LackOfRoom(TelemetryStorage& storage, const CompactionPla
       return Problem{
           Problem::Kind::kNoRoom,
           fmt::format("no room to compact it: up to {} are needed in {}, {} are free",
-                      Megabytes(static_cast<std::uintmax_t>(bytes)), place.string(), Megabytes(space.available)),
-          {}};
+                      SizeText(static_cast<std::uintmax_t>(bytes)), place.string(), SizeText(space.available)),
+          {},
+          place == places.data ? Problem::Cause::kNoRoomBeside : Problem::Cause::kOther};
     }
   }
   return std::nullopt;
@@ -70,7 +75,7 @@ std::optional<Problem> LackOfRoom(TelemetryStorage& storage, const CompactionPla
 /// SQLite opens a file that must not be written for reading, and finds out at the first change that it cannot be made.
 std::optional<Problem> LackOfPermission(const fs::path& file) {
   if (!MayReadAndWrite(file)) {
-    return Problem{Problem::Kind::kCannotOpen, "permission denied", {}};
+    return NoPermission(file);
   }
   if (!MayWriteIn(RealPath(file).parent_path())) {
     return Problem{Problem::Kind::kCannotOpen, "permission denied: nothing may be written in its folder", {}};
@@ -151,7 +156,7 @@ fs::path DatabaseFile(const DatabaseView& database, const fs::path& directory) {
 
 bool HasFile(const fs::path& file) {
   std::error_code error;
-  const fs::file_status status = fs::status(file, error);
+  const fs::file_status status = fs::symlink_status(file, error);
   return status.type() != fs::file_type::not_found;
 }
 

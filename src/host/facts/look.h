@@ -35,7 +35,7 @@ struct CompactionPlaces {
 /// The path of the database's file in the directory.
 [[nodiscard]] std::filesystem::path DatabaseFile(const DatabaseView& database, const std::filesystem::path& directory);
 
-/// Whether anything has the name of the file; also true when that cannot be found out.
+/// Whether anything has the name of the file, be it a link to nothing; also true when that cannot be found out.
 [[nodiscard]] bool HasFile(const std::filesystem::path& file);
 
 /// The bytes of the file; 0 when it is not there.

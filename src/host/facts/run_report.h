@@ -35,9 +35,20 @@ struct Problem {
     kInterrupted,  ///< the user asked for the end of the run
   };
 
+  /// What is behind it, where that leads to another advice than the kind and the record.
+  enum class Cause {
+    kOther,
+    kDanglingLink,        ///< its name is a link to a file that is not there
+    kHalfChanged,         ///< a writer ended in the middle of a change, which only who may write can put right
+    kReadOnlyFileSystem,  ///< where nobody can write
+    kNoFileHandles,       ///< the process has as many files open as it may
+    kNoRoomBeside,        ///< the room that is short is that of the data directory
+  };
+
   Kind kind;
   std::string reason;    ///< in a few words, without the name of the database
   common::Error record;  ///< what the storage library said; success when the host found it itself
+  Cause cause = Cause::kOther;
 };
 
 struct TableReport {

@@ -11,4 +11,10 @@ namespace corvo::telemetry::host {
 /// out.
 [[nodiscard]] bool MayWriteIn(const std::filesystem::path& directory);
 
+/// Whether the file lies on a file system that takes no writing; false when that cannot be found out.
+[[nodiscard]] bool IsOnReadOnlyFileSystem(const std::filesystem::path& file);
+
+/// Whether the process could not open as many files more as a database takes.
+[[nodiscard]] bool LacksFileHandles();
+
 }  // namespace corvo::telemetry::host

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 #include "host/platform/platform.h"
 #include "storage/result_code.h"
@@ -14,9 +15,15 @@ struct Kind {
   const char* advice;
 };
 
+/// Of a table or a trigger of the file.
+bool RefusesTheChange(const common::Error& failure) noexcept {
+  constexpr std::int64_t kPrimary = 0xff;
+  return failure.type == "sqlite3" && (failure.code & kPrimary) == static_cast<int>(shared::ResultCode::kConstraint);
+}
+
 // No advice throws a file away that may still hold something.
-const std::array<Kind, 10>& Kinds() {
-  static const std::array<Kind, 10> kinds = {{
+const std::array<Kind, 11>& Kinds() {
+  static const std::array<Kind, 11> kinds = {{
       {shared::IsBusy,
        "Another program holds the database: try again when it has finished, or wait longer for it (--busy-timeout)."},
       {shared::IsReadOnly, "Check that this user may read and write the file and its directory."},
@@ -40,15 +47,39 @@ const std::array<Kind, 10>& Kinds() {
        "(0: any number) if you trust the file."},
       {shared::IsTooBig,
        "The file holds a row, an index entry or a text of its schema that is larger than this program works on; it "
-       "stays as it is. Find out who wrote it (--log-level debug shows the statement that met it)."},
+       "stays as it is. Find out who wrote it."},
+      {RefusesTheChange,
+       "A rule of the file itself, a constraint or a trigger, refuses the change; what was to go stays. Find out who "
+       "made it."},
   }};
   return kinds;
 }
 
+constexpr const char* kNothingKnown =
+    "This program knows no remedy. Where a pass met it, a run with --log-level debug logs each statement until then.";
+
 std::string OtherAdvice(const common::Error& failure) {
   const bool named_locale = failure.what.find("locale") != std::string::npos;
   const std::string hint = named_locale ? MissingLocaleHint() : "";
-  return hint.empty() ? "See the log (--log-level info) for what led to it." : "Note that " + hint + ".";
+  return hint.empty() ? kNothingKnown : "Note that " + hint + ".";
+}
+
+std::string AdviceByCause(Problem::Cause cause) {
+  switch (cause) {
+    case Problem::Cause::kDanglingLink:
+      return "Bring back what the link leads to, such as a disk that is not mounted, or remove the link.";
+    case Problem::Cause::kHalfChanged:
+      return "A run, or the next program that writes to the database, puts it right.";
+    case Problem::Cause::kReadOnlyFileSystem:
+      return "Make the file system writable.";
+    case Problem::Cause::kNoFileHandles:
+      return "Let this program have more files open (ulimit -n).";
+    case Problem::Cause::kNoRoomBeside:
+      return "Free some space there: compacting needs it beside the database.";
+    case Problem::Cause::kOther:
+      break;
+  }
+  return "";
 }
 
 }  // namespace
@@ -63,6 +94,9 @@ std::string Advice(const common::Error& failure) {
 }
 
 std::string Advice(const Problem& problem) {
+  if (const std::string advice = AdviceByCause(problem.cause); !advice.empty()) {
+    return advice;
+  }
   switch (problem.kind) {
     case Problem::Kind::kNoRoom:
       return "Free some space there, or name another place for SQLite's temporary files (environment variable "
@@ -72,6 +106,8 @@ std::string Advice(const Problem& problem) {
     case Problem::Kind::kCannotOpen:
       return problem.record.Failed() ? Advice(problem.record)
                                      : "Check that this user may read and write the file and its directory.";
+    case Problem::Kind::kFailed:
+      return problem.record.Failed() ? Advice(problem.record) : "";
     case Problem::Kind::kNotReached:
     case Problem::Kind::kInterrupted:
       return "";
