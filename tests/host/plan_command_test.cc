@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 
 #include "host/platform/instance_lock.h"
@@ -149,6 +150,25 @@ TEST_F(MaxLoss, LetsARunTakeWhatItAllows) {
   const HostRun run = Run({"--max-loss", "90"});
   EXPECT_EQ(run.exit_code, 0) << run.err;
   EXPECT_THAT(run.out, HasSubstr("Cleaned 5 databases"));
+}
+
+TEST_F(MaxLoss, IsNoMatterOfADatabaseThatARunLeavesAlone) {
+  Generate();
+  std::ofstream(File("HealthLog.db"), std::ios::trunc) << "this is no database, but it is long enough to look at";
+  const HostRun run = Run({"--max-loss", "90"});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_THAT(run.out, HasSubstr("Cleaned 4 of 5 databases"));
+}
+
+TEST_F(MaxLoss, KeepsARunFromWhatCouldNotBePlannedFor) {
+  Generate();
+  Database other(File("HealthLog.db"));
+  const std::int64_t rows = Database(File("Cache.db")).Count("CollectorCache");
+  other.Run("BEGIN EXCLUSIVE");
+  const HostRun run = Run({"--max-loss", "90", "--busy-timeout", "0"});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_THAT(run.err, HasSubstr("nothing was deleted: what HealthLog would lose cannot be foreseen"));
+  EXPECT_EQ(Database(File("Cache.db")).Count("CollectorCache"), rows);
 }
 
 TEST_F(MaxLoss, CanBeOverruled) {

@@ -10,17 +10,27 @@
 
 #include "host/show/failure.h"
 #include "host/show/units.h"
+#include "storage/result_code.h"
 
 namespace corvo::telemetry::host {
 namespace {
 
+/// Whether a run leaves the database alone, too. Copying can fail where a run would not, and so can a look that ran
+/// into a bound.
+bool IsForGood(const Problem& problem) {
+  using Kind = Problem::Kind;
+  const bool file =
+      problem.kind == Kind::kCannotOpen || problem.kind == Kind::kPathTooLong || problem.kind == Kind::kUnfit;
+  const common::Error& record = problem.record;
+  const bool passing = problem.cause == Problem::Cause::kNoFileHandles || shared::IsFull(record) ||
+                       shared::IsIoError(record) || shared::IsInterrupted(record) || shared::IsOutOfMemory(record);
+  return file && !passing;
+}
+
 /// What cannot be foreseen now can be cleaned a moment later.
 void RequireForesight(const RunReport& plan) {
   for (const DatabaseReport& database : plan.databases) {
-    const bool for_good = !database.problem || database.problem->kind == Problem::Kind::kCannotOpen ||
-                          database.problem->kind == Problem::Kind::kPathTooLong ||
-                          database.problem->kind == Problem::Kind::kUnfit;
-    if (!for_good) {
+    if (database.problem && !IsForGood(*database.problem)) {
       throw CommandFailure(kPassFailed,
                            fmt::format("nothing was deleted: what {} would lose cannot be foreseen ({}); --force "
                                        "cleans all the same",
