@@ -8,6 +8,7 @@
 
 #include "common/text.h"
 #include "host/facts/catalogue_view.h"
+#include "host/facts/file_problem.h"
 #include "host/facts/look.h"
 #include "host/pass/pass_runner.h"
 #include "host/platform/platform.h"
@@ -105,7 +106,7 @@ class Passes {
     }
     database.compaction_seconds += visit.compaction_seconds;
     if (!visit.compacted || visit.failure) {
-      database.problem = WhyNotCleaned(result.outcome, visit);
+      database.problem = WhyNotCleaned(result.outcome, visit, database.path);
     } else if (!visit.left_out) {
       ++database.compactions;
       database.not_compacted.reset();
@@ -125,18 +126,41 @@ class Passes {
     return {fmt::format("{:.1f} % free", std::floor(left_out.free_percent * kTenths) / kTenths), left_out.free_percent};
   }
 
-  static Problem WhyNotCleaned(const PassOutcome& pass, const Visit& visit) {
+  /// A lock is told in the words of the look; the statement that met it stands in the record.
+  static Problem WhyItFailed(const FailedStatement& failure) {
+    common::Error record = failure.result;
+    if (!shared::IsBusy(record)) {
+      return {Problem::Kind::kFailed, fmt::format("{} in: {}", record.what, failure.sql), record};
+    }
+    record.what += " in: " + failure.sql;
+    return ProblemOf(record, failure.database, Access::kReadAndWrite);
+  }
+
+  /// The module passes a database over without a word that it cannot open any more.
+  static Problem WhyPassedOver(const std::filesystem::path& file) {
+    constexpr const char* kPassedOver = "the module did not clean it";
+    std::optional<Problem> found = LookFromOutside(file);
+    if (!found) {
+      return {Problem::Kind::kNotReached, kPassedOver, {}};
+    }
+    found->reason = fmt::format("{}: {}", kPassedOver, found->reason);
+    return *std::move(found);
+  }
+
+  static Problem WhyNotCleaned(const PassOutcome& pass, const Visit& visit, const std::filesystem::path& file) {
     using Kind = Problem::Kind;
     const common::Error& record = visit.failure ? visit.failure->result : pass.result;
     if (shared::IsInterrupted(record) && shared::StatementsInterrupted()) {
       return {Kind::kInterrupted, visit.failure ? "interrupted" : kNotReached, record};
     }
     if (visit.failure) {
-      return {shared::IsBusy(record) ? Kind::kBusy : Kind::kFailed,
-              fmt::format("{} in: {}", record.what, visit.failure->sql), record};
+      return WhyItFailed(*visit.failure);
     }
-    return {Kind::kNotReached, pass.result.Failed() ? "the pass ended before it" : "the module did not clean it",
-            record};
+    if (!pass.result.Failed()) {
+      return WhyPassedOver(file);
+    }
+    return pass.database.empty() ? Problem{Kind::kNotReached, "the pass ended before it", record}
+                                 : Problem{Kind::kFailed, "its pass failed: " + record.what, record};
   }
 
   shared::plugin::IDynamicPluginModule& module_;
