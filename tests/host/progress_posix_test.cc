@@ -144,6 +144,15 @@ TEST(ProgressOfALongStep, FollowsTheWidthOfTheTerminal) {
   EXPECT_THAT(process.Read([&](const std::string& seen) { return seen.find(narrow) != seen.npos; }), HasSubstr(narrow));
 }
 
+TEST(ProgressOfALongStep, LeavesNothingBehindWhenTheTerminalWritesIntoIt) {
+  const std::string text = OnItsTerminal(40, [] {
+                             ShowProgress({"HealthLog", "compacting"});
+                             std::fputs("^C", stderr);
+                             EndProgress();
+                           }).ReadAll();
+  EXPECT_THAT(Screen(text, 40), ElementsAre(""));
+}
+
 TEST(ProgressOfALongStep, ComesBackAfterAMessage) {
   const OnItsTerminal process(80, [] {
     ShowProgress({"HealthLog", "compacting"});

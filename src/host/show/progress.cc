@@ -93,7 +93,8 @@ class Line {
     }
   }
 
-  // Spaces up to the last column but one erase what was longer. Sequences that erase are not for every terminal.
+  // Spaces up to the last column but one erase what was longer. Sequences that erase are not for every terminal. The
+  // cursor goes back, so that a "^C", which the terminal writes itself, stands in the line and not in one more.
   void Draw() noexcept {
     next_draw_ = Clock::now() + kTick;
     if (!state_ || !start_) {
@@ -104,7 +105,7 @@ class Line {
       const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - *start_);
       const std::string line = ProgressLine(WithStepTime(*state_), elapsed, width);
       const auto rest = static_cast<std::size_t>(width - 1) - Characters(line);
-      std::fputs(("\r" + line + std::string(rest, ' ')).c_str(), stderr);
+      std::fputs(("\r" + line + std::string(rest, ' ') + "\r").c_str(), stderr);
       std::fflush(stderr);
       drawn_ = true;
     } catch (...) {
