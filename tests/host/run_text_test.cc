@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "host/report_samples.h"
+#include "host/show/fold.h"
 
 namespace corvo::telemetry::host {
 namespace {
@@ -44,6 +45,19 @@ TEST(RunText, PutsSizesIntoATableOfTheirOwnWhereTheTerminalIsNarrow) {
                         "HealthLog              2.0 MB    500.0 kB  1.5 MB\n"
                         "-------------------------------------------------\n"
                         "Total                  2.0 MB    500.0 kB  1.5 MB\n"));
+}
+
+TEST(RunText, LeavesOutColumnsAndFoldsSentencesWhereItIsNarrower) {
+  RunReport report = test::SampleReport();
+  report.databases[0].problem = test::SampleProblem(Kind::kInterrupted, "interrupted", 9);
+  report.databases[0].name = "Log";
+  report.signal = 2;
+  constexpr std::size_t kWidth = 40;
+  const std::string text = RunText(report, false, kWidth);
+  EXPECT_EQ(FoldedLines(text, kWidth), text);
+  EXPECT_THAT(text, HasSubstr("DATABASE / TABLE    ROWS  LEFT  LOST\n"));
+  EXPECT_THAT(text, HasSubstr("DATABASE / TABLE   SIZE AFTER   FREED\n"));
+  EXPECT_THAT(text, HasSubstr("Interrupted: cleaned 0 of 1 database;\nnot cleaned: Log (interrupted)\n"));
 }
 
 TEST(RunText, GivesNoSumOfRowsThatCouldNotAllBeCounted) {

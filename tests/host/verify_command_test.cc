@@ -7,6 +7,8 @@
 #include "host/facts/record/history.h"
 #include "host/platform/instance_lock.h"
 #include "host/run_fixture.h"
+#include "host/show/fold.h"
+#include "host/show/verify/verify_text.h"
 #include "support/database.h"
 
 namespace corvo::test {
@@ -18,6 +20,26 @@ using testing::HasSubstr;
 using testing::Not;
 
 /// Generated databases after a run, in which a test plants what breaks a promise.
+/// A database of which a run promised something that is broken, in many words.
+telemetry::host::Verification BrokenPromise() {
+  using namespace telemetry::host;
+  DatabaseCheck check{.name = "DeviceProfileEvents", .path = "DeviceProfileEvents.db", .run = LastRun{}};
+  check.outcomes.Set(Promise::kCleaned, Outcome::kBroken);
+  check.breaches = {{.promise = Promise::kCleaned, .reason = "it is held by another program, as it has been before"}};
+  Verification verification{.directory = "/data", .directory_source = "--data-dir", .now = 0};
+  verification.databases = {check};
+  return verification;
+}
+
+TEST(VerifyText, KeepsToTheWidth) {
+  using telemetry::host::FoldedLines;
+  for (const std::size_t width : {40U, 80U}) {
+    const std::string text = VerifyText(BrokenPromise(), width, false);
+    EXPECT_EQ(FoldedLines(text, width), text);
+    EXPECT_THAT(text, HasSubstr("BROKEN"));
+  }
+}
+
 class VerifyCommand : public RunTest {
  protected:
   void SetUp() override {
@@ -139,7 +161,7 @@ TEST_F(VerifyCommand, TakesRowsOfCollectorsForNoBreach) {
   collector.Run("BEGIN IMMEDIATE; " + Add("HwTpm", 1, kNow));
   const HostRun run = Verify();
   EXPECT_EQ(run.exit_code, 0) << run.out;
-  EXPECT_THAT(run.out, HasSubstr("9,500 rows came in since, which no limit counts"));
+  EXPECT_THAT(run.out, HasSubstr("9,500 rows came in since, which no limit\ncounts\n"));
 }
 
 TEST_F(VerifyCommand, TellsADatabaseThatTheLastRunDidNotClean) {

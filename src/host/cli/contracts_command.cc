@@ -42,9 +42,9 @@ std::string CatalogueJson(const CatalogueView& catalogue) {
 
 std::string Limit(std::uint32_t value) { return value == 0 ? "none" : WithSeparators(value); }
 
-FittingColumn Column(const char* head, Align align, const CatalogueView& catalogue,
+FittingColumn Column(const char* head, Align align, int rank, const CatalogueView& catalogue,
                      const std::function<std::string(const ContractView&)>& text) {
-  FittingColumn column{.head = head, .align = align};
+  FittingColumn column{.head = head, .align = align, .rank = rank};
   for (const ContractView& contract : catalogue.contracts) {
     column.texts.push_back(text(contract));
   }
@@ -52,17 +52,17 @@ FittingColumn Column(const char* head, Align align, const CatalogueView& catalog
 }
 
 std::string CatalogueText(const CatalogueView& catalogue, const Display& display) {
-  const auto add = [&catalogue](const char* head, Align align, const auto& text) {
-    return Column(head, align, catalogue, text);
+  const auto add = [&catalogue](const char* head, Align align, int rank, const auto& text) {
+    return Column(head, align, rank, catalogue, text);
   };
-  FittingColumn type = add("CONTRACT", Align::kLeft, [](const ContractView& each) { return each.name; });
-  type.rank = 1;  // hardly another name than the table's
+  constexpr int kNeededLeast = 4;  // hardly another name than the table's
   const std::string table = FormatFitting(
-      {add("DATABASE", Align::kLeft, [](const ContractView& each) { return each.database; }), type,
-       add("TABLE", Align::kLeft, [](const ContractView& each) { return each.table; }),
-       add("MAX ROWS", Align::kRight, [](const ContractView& each) { return Limit(each.max_rows); }),
-       add("MAX DAYS", Align::kRight, [](const ContractView& each) { return Limit(each.retention_days); }),
-       add("MAX MB", Align::kRight, [](const ContractView& each) { return Limit(each.max_size_mb); })},
+      {add("DATABASE", Align::kLeft, 3, [](const ContractView& each) { return each.database; }),
+       add("CONTRACT", Align::kLeft, kNeededLeast, [](const ContractView& each) { return each.name; }),
+       add("TABLE", Align::kLeft, 0, [](const ContractView& each) { return each.table; }),
+       add("MAX ROWS", Align::kRight, 0, [](const ContractView& each) { return Limit(each.max_rows); }),
+       add("MAX DAYS", Align::kRight, 1, [](const ContractView& each) { return Limit(each.retention_days); }),
+       add("MAX MB", Align::kRight, 2, [](const ContractView& each) { return Limit(each.max_size_mb); })},
       std::vector<Tone>(catalogue.contracts.size(), Tone::kPlain), display);
   const std::string note = fmt::format(
       "{} in {}. Rows are kept for MAX DAYS and up to MAX ROWS a table; MAX MB bounds the whole file of the database.",

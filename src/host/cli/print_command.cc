@@ -16,6 +16,7 @@
 #include "host/facts/look.h"
 #include "host/facts/rows/table_rows.h"
 #include "host/platform/platform.h"
+#include "host/show/fold.h"
 #include "host/show/rows/row_formats.h"
 #include "host/show/rows/row_table.h"
 #include "host/show/standard_output.h"
@@ -75,19 +76,20 @@ void ReadRows(TableRows& rows, int limit, const std::function<void(const Cells& 
 std::string HowMany(std::size_t rows, const PrintOptions& options, const Place& place) {
   const std::string where = fmt::format("{} in {}", options.table, common::Utf8(place.file.filename()));
   if (rows == 0) {
-    return where + " has no rows.\n";
+    return where + " has no rows.";
   }
   const std::string count = Counted(static_cast<std::int64_t>(rows), "row");
   if (rows < static_cast<std::size_t>(options.limit)) {
-    return fmt::format("\nAll {} of {}, {} first.\n", count, where, options.oldest ? "oldest" : "newest");
+    return fmt::format("All {} of {}, {} first.", count, where, options.oldest ? "oldest" : "newest");
   }
-  return fmt::format("\nThe {} {} of {}.\n", options.oldest ? "oldest" : "newest", count, where);
+  return fmt::format("The {} {} of {}.", options.oldest ? "oldest" : "newest", count, where);
 }
 
 void PrintTable(TableRows& rows, const PrintOptions& options, const Place& place) {
   RowTable table(rows.Columns(), TerminalWidth(stdout), ShowsBlocks(stdout));
   ReadRows(rows, options.limit, [&table](const Cells& row) { table.Add(row); });
-  Print((table.Rows() > 0 ? table.Text(UsesColour(stdout)) : "") + HowMany(table.Rows(), options, place));
+  Print((table.Rows() > 0 ? table.Text(UsesColour(stdout)) + "\n" : "") +
+        Indented(HowMany(table.Rows(), options, place), 0, OutputWidth()));
 }
 
 void PrintLines(TableRows& rows, const PrintOptions& options) {

@@ -41,29 +41,32 @@ struct Column {
   std::function<std::string(const Row&)> cell;
   bool always = false;
   bool second = false;  ///< stands in the second table where there are two
+  int rank = 0;         ///< the columns with the highest leave first when the table is too wide; those with 0 stay
 };
 
 const std::vector<Column>& Columns() {
   static const std::vector<Column> columns = {
       {"DATABASE / TABLE", "DATABASE / TABLE", [](const Row& row) { return row.name; }, true},
-      {"ROWS BEFORE", "ROWS", [](const Row& row) { return row.before; }, true},
-      {"EXPIRED", "EXPIRED", [](const Row& row) { return NumberOrNothing(row.deleted.expired); }},
-      {"ROW LIMIT", "ROW LIM.", [](const Row& row) { return NumberOrNothing(row.deleted.row_limit); }},
-      {"SIZE LIMIT", "SIZE LIM.", [](const Row& row) { return NumberOrNothing(row.deleted.size_limit); }},
+      {"ROWS BEFORE", "ROWS", [](const Row& row) { return row.before; }, true, false, 1},
+      {"EXPIRED", "EXPIRED", [](const Row& row) { return NumberOrNothing(row.deleted.expired); }, false, false, 3},
+      {"ROW LIMIT", "ROW LIM.", [](const Row& row) { return NumberOrNothing(row.deleted.row_limit); }, false, false, 4},
+      {"SIZE LIMIT", "SIZE LIM.", [](const Row& row) { return NumberOrNothing(row.deleted.size_limit); }, false, false,
+       5},
       {"BY OTHERS", "OTHERS",
-       [](const Row& row) { return row.added > 0 ? "+" + WithSeparators(row.added) : NumberOrNothing(row.added); }},
+       [](const Row& row) { return row.added > 0 ? "+" + WithSeparators(row.added) : NumberOrNothing(row.added); },
+       false, false, 6},
       {"ROWS AFTER", "LEFT", [](const Row& row) { return row.after; }, true},
-      {"LOST", "LOST", [](const Row& row) { return row.lost; }},
+      {"LOST", "LOST", [](const Row& row) { return row.lost; }, false, false, 2},
       {"SIZE BEFORE", "SIZE BEFORE",
-       [](const Row& row) { return row.bytes_before ? HumanBytes(*row.bytes_before) : ""; }, true, true},
+       [](const Row& row) { return row.bytes_before ? HumanBytes(*row.bytes_before) : ""; }, true, true, 2},
       {"SIZE AFTER", "SIZE AFTER", [](const Row& row) { return row.bytes_after ? HumanBytes(*row.bytes_after) : ""; },
        true, true},
-      {"OLDEST LEFT", "OLDEST LEFT", [](const Row& row) { return row.oldest; }, false, true},
+      {"OLDEST LEFT", "OLDEST LEFT", [](const Row& row) { return row.oldest; }, false, true, 3},
       {"FREED", "FREED",
        [](const Row& row) {
          return row.bytes_before && row.bytes_after ? Change(*row.bytes_before, *row.bytes_after) : "";
        },
-       false, true},
+       false, true, 1},
   };
   return columns;
 }
@@ -152,7 +155,7 @@ std::string Format(const std::vector<Row>& rows, bool short_heads, bool colour, 
   return FormatTable(lines, alignments, colour) + "\n";
 }
 
-/// Of the lines of an uncoloured table; its names are of ASCII.
+/// Of the lines of a table without colours; its names are of ASCII.
 std::size_t Widest(const std::string& table) {
   std::size_t widest = 0;
   for (std::size_t begin = 0; begin < table.size();) {
@@ -165,10 +168,29 @@ std::size_t Widest(const std::string& table) {
 
 bool IsName(const Column& column) { return &column == &Columns().front(); }
 
-/// Lines of databases, and those of tables of which a day is known.
-std::vector<Row> WithSizeOrDay(std::vector<Row> rows) {
-  std::erase_if(rows, [](const Row& row) { return !row.bytes_before && row.oldest.empty(); });
+/// The lines of which the columns say more than the name.
+template <class Chosen>
+std::vector<Row> WithSomething(std::vector<Row> rows, const Chosen& chosen) {
+  std::erase_if(rows, [&chosen](const Row& row) {
+    return std::none_of(Columns().begin(), Columns().end(), [&](const Column& column) {
+      return !IsName(column) && chosen(column) && !column.cell(row).empty();
+    });
+  });
   return rows;
+}
+
+/// As many of the chosen columns as fit, those that are needed least left out.
+template <class Chosen>
+std::string FormatFitting(const std::vector<Row>& rows, std::size_t width, bool colour, const Chosen& chosen) {
+  int highest = 0;
+  for (const Column& column : Columns()) {
+    highest = std::max(highest, column.rank);
+  }
+  const auto kept = [&](const Column& column) { return chosen(column) && column.rank <= highest; };
+  while (highest > 0 && Widest(Format(WithSomething(rows, kept), true, false, kept)) > width) {
+    --highest;
+  }
+  return Format(WithSomething(rows, kept), true, colour, kept);
 }
 
 }  // namespace
@@ -205,9 +227,9 @@ std::string RunTable(const RunReport& report, bool colour, int width) {
   if (width == 0 || Widest(all) <= static_cast<std::size_t>(width)) {
     return colour ? Format(rows, false, true, [](const Column&) { return true; }) : all;
   }
-  return Format(rows, true, colour, [](const Column& column) { return !column.second; }) +
-         Format(WithSizeOrDay(rows), true, colour,
-                [](const Column& column) { return column.second || IsName(column); });
+  const auto columns = static_cast<std::size_t>(width);
+  return FormatFitting(rows, columns, colour, [](const Column& column) { return !column.second; }) +
+         FormatFitting(rows, columns, colour, [](const Column& column) { return column.second || IsName(column); });
 }
 
 }  // namespace corvo::telemetry::host

@@ -30,8 +30,8 @@ struct Sums {
 /// Databases and tables of a run with their rows before and after, what was deleted by which rule, and sizes. Columns
 /// that say nothing in any line are left out.
 ///
-/// @param width columns to keep to, as far as names and figures let it: then the heads are short, and sizes and days
-///        stand in a table of their own. 0: as wide as it is.
+/// @param width columns to keep to, as far as names and figures let it: then the heads are short, sizes and days
+///        stand in a table of their own, and the columns that are needed least are left out. 0: as wide as it is.
 [[nodiscard]] std::string RunTable(const RunReport& report, bool colour, int width);
 
 }  // namespace corvo::telemetry::host

@@ -15,19 +15,27 @@
 namespace corvo::telemetry::host {
 namespace {
 
-std::string PassLines(const RunReport& report) {
+/// The text as a line, or as several where it is wider than the terminal.
+std::string Line(const std::string& text, int width) {
+  return width == 0 ? text + "\n" : Indented(text, 0, static_cast<std::size_t>(std::max(width, 20)));
+}
+
+std::string PassLines(const RunReport& report, int width) {
   std::string text;
   for (std::size_t pass = 0; report.passes.size() > 1 && pass < report.passes.size(); ++pass) {
     const PassOutcome& outcome = report.passes[pass];
-    text += fmt::format("Pass {}{}: {} deleted in {:.1f} s\n", pass + 1,
-                        outcome.database.empty() ? "" : " over " + outcome.database,
-                        Counted(outcome.rows_deleted, "row"), outcome.seconds);
+    text += Line(fmt::format("Pass {}{}: {} deleted in {:.1f} s", pass + 1,
+                             outcome.database.empty() ? "" : " over " + outcome.database,
+                             Counted(outcome.rows_deleted, "row"), outcome.seconds),
+                 width);
   }
   return text;
 }
 
-std::string Coloured(const std::string& text, fmt::terminal_color colour, bool use) {
-  return use ? fmt::format(fmt::fg(colour) | fmt::emphasis::bold, "{}", text) : text;
+/// The line or lines with the line feed at their end, which is not coloured.
+std::string Coloured(const std::string& lines, fmt::terminal_color colour, bool use) {
+  return use ? fmt::format(fmt::fg(colour) | fmt::emphasis::bold, "{}", lines.substr(0, lines.size() - 1)) + "\n"
+             : lines;
 }
 
 /// Databases whose compaction the options left out, with the reason.
@@ -55,10 +63,11 @@ std::string TableNotes(const RunReport& report, std::size_t width) {
   }
   const std::string names = fmt::format("Tables that are not there, which is no failure: {}", fmt::join(missing, ", "));
   return (missing.empty() ? "" : Indented(names, 0, width)) +
-         (lost_most ? "LOST: the share of a table's rows that the rules take, where it is over half\n" : "");
+         (lost_most ? Indented("LOST: the share of a table's rows that the rules take, where it is over half", 0, width)
+                    : "");
 }
 
-std::string PassFailure(const PassOutcome& pass, bool colour) {
+std::string PassFailure(const PassOutcome& pass) {
   const std::string where = pass.failure            ? fmt::format(" in {}", pass.failure->database)
                             : pass.database.empty() ? ""
                                                     : " over " + pass.database;
@@ -68,7 +77,7 @@ std::string PassFailure(const PassOutcome& pass, bool colour) {
   if (pass.failure) {
     text += "; the statement was " + pass.failure->sql;
   }
-  return Coloured(Printable(text), fmt::terminal_color::red, colour);
+  return Printable(text);
 }
 
 /// Each advice once, with the databases that it is for.
@@ -94,11 +103,11 @@ std::vector<std::string> AdviceLines(const RunReport& report) {
 }
 
 /// The passes that failed, without those that the user ended.
-std::vector<std::string> PassFailures(const RunReport& report, bool colour) {
+std::vector<std::string> PassFailures(const RunReport& report) {
   std::vector<std::string> lines;
   for (const PassOutcome& pass : report.passes) {
     if (pass.result.Failed() && report.signal == 0) {
-      lines.push_back(PassFailure(pass, colour));
+      lines.push_back(PassFailure(pass));
     }
   }
   return lines;
@@ -106,7 +115,7 @@ std::vector<std::string> PassFailures(const RunReport& report, bool colour) {
 
 std::vector<std::string> WhatToDo(const RunReport& report) {
   std::vector<std::string> lines = AdviceLines(report);
-  if (lines.empty() && !PassFailures(report, false).empty()) {
+  if (lines.empty() && !PassFailures(report).empty()) {
     lines.push_back(Advice(report.Result()));
   }
   return lines;
@@ -144,7 +153,7 @@ std::string Verb(const RunReport& report) {
   return report.planned ? "Would clean" : "Cleaned";
 }
 
-/// How the run went, in one line.
+/// How the run went, in one sentence.
 std::string Outcome(const RunReport& report) {
   const auto all = static_cast<std::int64_t>(report.databases.size());
   if (AllIsWell(report)) {
@@ -159,32 +168,34 @@ std::string Outcome(const RunReport& report) {
 
 std::string RunText(const RunReport& report, bool colour, int width) {
   if (report.databases.empty() && report.signal == 0) {
-    return fmt::format("Nothing to clean: {} ({}) holds none of the {}\n", Printable(common::Utf8(report.directory)),
-                       report.directory_source,
-                       report.narrowed ? "databases that were named" : "catalogue's databases");
+    return Line(
+        fmt::format("Nothing to clean: {} ({}) holds none of the {}", Printable(common::Utf8(report.directory)),
+                    report.directory_source, report.narrowed ? "databases that were named" : "catalogue's databases"),
+        width);
   }
   const Sums total = SumUp(report);
   constexpr int kUsualWidth = 80;
   const auto folded = static_cast<std::size_t>(width == 0 ? kUsualWidth : std::max(width, 20));
   std::string failures;
-  for (const std::string& line : PassFailures(report, colour)) {
-    failures += line + "\n";
+  for (const std::string& line : PassFailures(report)) {
+    failures += Coloured(Line(line, width), fmt::terminal_color::red, colour);
   }
   for (const std::string& line : WhatToDo(report)) {
     failures += Indented(line, 0, folded);
   }
   const std::string table = report.databases.empty() ? "" : RunTable(report, colour, width);
-  return fmt::format("{} ({}){}\n\n", Printable(common::Utf8(report.directory)), report.directory_source,
-                     report.planned ? ", planned on copies: nothing there was changed" : "") +
-         table + PassLines(report) + TableNotes(report, folded) + CompactionNotes(report, folded) + failures +
-         (AllIsWell(report)
-              ? Coloured(Outcome(report) + ": " + Figures(report, total), fmt::terminal_color::green, colour)
-              : Coloured(Outcome(report), fmt::terminal_color::red, colour) + "\n" + Figures(report, total)) +
-         "\n";
+  const std::string place = fmt::format("{} ({}){}", Printable(common::Utf8(report.directory)), report.directory_source,
+                                        report.planned ? ", planned on copies: nothing there was changed" : "");
+  return Line(place, width) + "\n" + table + PassLines(report, width) + TableNotes(report, folded) +
+         CompactionNotes(report, folded) + failures +
+         (AllIsWell(report) ? Coloured(Line(Outcome(report) + ": " + Figures(report, total), width),
+                                       fmt::terminal_color::green, colour)
+                            : Coloured(Line(Outcome(report), width), fmt::terminal_color::red, colour) +
+                                  Line(Figures(report, total), width));
 }
 
 std::vector<std::string> Failures(const RunReport& report) {
-  std::vector<std::string> lines = PassFailures(report, false);
+  std::vector<std::string> lines = PassFailures(report);
   const std::vector<std::string> what_to_do = WhatToDo(report);
   lines.insert(lines.end(), what_to_do.begin(), what_to_do.end());
   lines.push_back(Outcome(report));

@@ -32,9 +32,9 @@ FittingColumn Texts(const std::vector<const Subject*>& subjects, const TextColum
 }
 
 template <class Subject>
-FittingColumn Bars(const std::vector<const Subject*>& subjects, const char* head,
+FittingColumn Bars(const std::vector<const Subject*>& subjects, const char* head, int rank,
                    const std::function<std::optional<double>(const Subject&)>& share) {
-  FittingColumn filled{.head = head, .align = Align::kLeft, .rank = 0, .bars = true};
+  FittingColumn filled{.head = head, .align = Align::kLeft, .rank = rank, .bars = true};
   for (const Subject* subject : subjects) {
     filled.shares.push_back(share(*subject));
   }
@@ -148,7 +148,7 @@ std::string DatabaseTable(const DirectoryState& state, const Display& display) {
   const auto text = [&](const Column& column) { return Texts(present, column, Align::kRight); };
   const Column name{"DATABASE", 0, [](const auto& database) { return database.name; }};
   return FormatFitting(
-      {Texts(present, name, Align::kLeft), Bars<DatabaseState>(present, "SIZE", &SizeShare),
+      {Texts(present, name, Align::kLeft), Bars<DatabaseState>(present, "SIZE", 0, &SizeShare),
        text({"FILE", 0, [](const auto& database) { return HumanBytes(database.file_bytes); }}),
        text({"LIMIT", 1, &SizeLimit}),
        text({"LIVE", 5, [](const auto& database) { return KnownBytes(database, database.live_bytes); }}),
@@ -170,15 +170,15 @@ std::string TableTable(const std::vector<const TableState*>& tables, std::int64_
   const Column name{"TABLE", 0, [](const auto& table) { return table.contract.table; }};
   std::vector<FittingColumn> columns = {
       Texts(tables, name, Align::kLeft),
-      Bars<TableState>(tables, "ROWS", &RowShare),
+      Bars<TableState>(tables, "ROWS", 0, &RowShare),
       text({"OF LIMIT", 0, &RowsText}),
-      Bars<TableState>(tables, "OLDEST", [now](const auto& table) { return AgeShare(table, now); }),
-      text({"OF LIMIT", 1, [now](const auto& table) { return AgeText(table, now); }}),
-      text({"NEWEST", 5, &NewestText}),
-      text({"A DAY", 4, &PerDay}),
-      text({"FULL IN", 2, &FullIn})};
+      Bars<TableState>(tables, "OLDEST", 1, [now](const auto& table) { return AgeShare(table, now); }),
+      text({"OF LIMIT", 2, [now](const auto& table) { return AgeText(table, now); }}),
+      text({"NEWEST", 6, &NewestText}),
+      text({"A DAY", 5, &PerDay}),
+      text({"FULL IN", 3, &FullIn})};
   if (forecast) {
-    columns.push_back(text({"WOULD GO", 3, &WouldGo}));
+    columns.push_back(text({"WOULD GO", 4, &WouldGo}));
   }
   return FormatFitting(columns, tones, display);
 }

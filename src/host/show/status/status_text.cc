@@ -175,7 +175,7 @@ std::string StatusText(const DirectoryState& state, bool all, const Display& dis
   const auto present = static_cast<std::size_t>(
       HowMany(state.databases, [](const DatabaseState& database) { return !database.missing; }));
   if (present == 0) {
-    return fmt::format("Nothing to show: {} holds none of the databases\n", where);
+    return Indented(fmt::format("Nothing to show: {} holds none of the databases", where), 0, display.width);
   }
   const Tables tables = TablesOf(state);
   const std::vector<std::string> notes = Notes(state, tables, all, display.width);
@@ -184,7 +184,7 @@ std::string StatusText(const DirectoryState& state, bool all, const Display& dis
   constexpr std::size_t kFrame = 6;  // the directory, two heads, three blank lines
   const std::size_t room = RoomForTables(kFrame + present + notes.size() + verdict.size());
   const Tone tone = well ? Tone::kPlain : Tone::kWarning;
-  return where + "\n\n" + DatabaseTable(state, display) + "\n" +
+  return Indented(where, 0, display.width) + "\n" + DatabaseTable(state, display) + "\n" +
          (tables.empty()
               ? ""
               : TableTable(all ? tables : MostUsedUp(tables, room, state.now), state.now, all, display) + "\n") +

@@ -74,6 +74,36 @@ std::string Table(const Verification& verification, bool colour) {
   return FormatTable(lines, alignments, colour);
 }
 
+/// Where there is no room for the promises side by side: what is the worst of each database. What breaks them follows.
+std::string NarrowTable(const Verification& verification, bool colour) {
+  std::vector<TableLine> lines = {{{"DATABASE", "PROMISES"}, Tone::kFaint}};
+  for (const DatabaseCheck& database : verification.databases) {
+    const TableLine line = LineOf(database);
+    std::string worst = "ok";
+    for (const char* word : {"?", "not yet", "BROKEN"}) {
+      worst = std::find(line.cells.begin() + 1, line.cells.end(), word) != line.cells.end() ? word : worst;
+    }
+    lines.push_back({{database.name, worst}, line.tone});
+  }
+  return FormatTable(lines, {Align::kLeft, Align::kLeft}, colour);
+}
+
+std::string FittingTable(const Verification& verification, std::size_t width, bool colour) {
+  const std::string table = Table(verification, false);
+  const bool fits = FoldedLines(table, width) == table;
+  return fits ? Table(verification, colour) : NarrowTable(verification, colour);
+}
+
+/// The text two columns in, and further in where it goes on.
+std::string Hanging(const std::string& text, std::size_t width) {
+  std::string lines;
+  constexpr std::size_t kMargin = 2;
+  for (const std::string& line : Folded(text, width - std::min(width, kMargin), kMargin)) {
+    lines += std::string(kMargin, ' ') + line + "\n";
+  }
+  return lines;
+}
+
 /// What is held against what.
 std::string Basis(const Verification& verification) {
   std::set<std::int64_t> runs;
@@ -100,13 +130,13 @@ std::string Basis(const Verification& verification) {
 }
 
 /// What breaks the promises of a database, and what kept them from being seen.
-std::string Reasons(const DatabaseCheck& database, bool colour) {
+std::string Reasons(const DatabaseCheck& database, std::size_t width, bool colour) {
   std::string text;
   for (const Breach& breach : database.breaches) {
-    text += "  " + BreachText(breach) + "\n";
+    text += Hanging(BreachText(breach), width);
   }
   if (database.problem) {
-    text += fmt::format("  cannot be looked at: {}\n", Printable(database.problem->reason));
+    text += Hanging("cannot be looked at: " + Printable(database.problem->reason), width);
   }
   return text.empty() ? "" : InTone(database.name, Tone::kStrong, colour) + "\n" + text;
 }
@@ -179,18 +209,20 @@ std::string VerifyText(const Verification& verification, std::size_t width, bool
   const std::string place =
       fmt::format("{} ({})", Printable(common::Utf8(verification.directory)), Printable(verification.directory_source));
   if (verification.databases.empty()) {
-    return fmt::format("Nothing to verify: {} holds no database of the catalogue, and no run is recorded there\n",
-                       place);
+    return Indented(
+        fmt::format("Nothing to verify: {} holds no database of the catalogue, and no run is recorded there", place), 0,
+        width);
   }
   std::string reasons;
   for (const DatabaseCheck& database : verification.databases) {
-    reasons += Reasons(database, colour);
+    reasons += Reasons(database, width, colour);
   }
   reasons += AdviceLines(verification, width);
   const Tone tone = verification.AnythingBroken() ? Tone::kWarning : Tone::kStrong;
-  return fmt::format("{}\n{}\n{}\n{}{}{}\n", place, FoldedLines(Basis(verification), width),
-                     Table(verification, colour), reasons, reasons.empty() ? "" : "\n",
-                     InTone(Summary(verification), tone, colour));
+  const std::string summary = Indented(Summary(verification), 0, width);
+  return fmt::format("{}{}\n{}\n{}{}{}\n", Indented(place, 0, width), FoldedLines(Basis(verification), width),
+                     FittingTable(verification, width, colour), reasons, reasons.empty() ? "" : "\n",
+                     InTone(summary.substr(0, summary.size() - 1), tone, colour));
 }
 
 }  // namespace corvo::telemetry::host
