@@ -5,8 +5,11 @@
 #include <fstream>
 #include <map>
 
+#include "host/cli/loss_limit.h"
 #include "host/platform/instance_lock.h"
+#include "host/report_samples.h"
 #include "host/run_fixture.h"
+#include "host/show/failure.h"
 #include "support/database.h"
 
 namespace corvo::test {
@@ -180,6 +183,32 @@ TEST_F(MaxLoss, IsAShareOfAHundredAndForRunsThatClean) {
   EXPECT_EQ(Run({"--max-loss", "5", "--dry-run"}).exit_code, 2);
   EXPECT_EQ(Run({"--max-loss", "101"}).exit_code, 2);
   EXPECT_EQ(Run({"--max-loss", "most"}).exit_code, 2);
+}
+
+/// Whether a run may begin after a plan that could not be made for one database.
+bool IsNoMatter(const telemetry::host::Problem& problem) {
+  telemetry::host::RunReport plan = SampleReport();
+  plan.databases[0].problem = problem;
+  try {
+    telemetry::host::RequireLittleLoss(plan, 100);
+    return true;
+  } catch (const telemetry::host::CommandFailure& failure) {
+    EXPECT_EQ(failure.Code(), telemetry::host::kPassFailed);
+    return false;
+  }
+}
+
+TEST(MaxLossWithoutAPlan, IsNoMatterOnlyWhereARunWouldMeetTheSame) {
+  using Kind = telemetry::host::Problem::Kind;
+  using Cause = telemetry::host::Problem::Cause;
+  EXPECT_TRUE(IsNoMatter(SampleProblem(Kind::kUnfit, "damaged", 11)));
+  EXPECT_TRUE(IsNoMatter(SampleProblem(Kind::kUnfit, "Boot has no column time")));
+  EXPECT_TRUE(IsNoMatter(SampleProblem(Kind::kCannotOpen, "permission denied", 14)));
+  EXPECT_FALSE(IsNoMatter(SampleProblem(Kind::kUnfit, "it cannot be copied: disk I/O error", 10)));
+  EXPECT_FALSE(IsNoMatter(SampleProblem(Kind::kUnfit, "looking at it took longer than the time limit", 9)));
+  EXPECT_FALSE(IsNoMatter(SampleProblem(Kind::kUnfit, "out of memory", 7)));
+  EXPECT_FALSE(IsNoMatter({Kind::kCannotOpen, "", StorageFailure(14, ""), Cause::kNoFileHandles}));
+  EXPECT_FALSE(IsNoMatter(SampleProblem(Kind::kBusy, "another program holds it locked", 5)));
 }
 
 }  // namespace
