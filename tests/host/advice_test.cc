@@ -33,7 +33,7 @@ TEST_P(AdviceOnStorage, LooksAtTheLowByteOfExtendedCodes) {
 
 INSTANTIATE_TEST_SUITE_P(Kinds, AdviceOnStorage,
                          testing::Values(Case{5, "Another program"}, Case{6, "Another program"}, Case{8, "this user"},
-                                         Case{14, "this user"}, Case{11, "damaged"}, Case{26, "damaged"},
+                                         Case{14, "this user"}, Case{11, "damaged"}, Case{26, "encrypted"},
                                          Case{13, "space"}, Case{10, "space"}, Case{1, "knows no remedy"},
                                          Case{19, "constraint or a trigger"}, Case{9, "--time-limit"},
                                          Case{7, "--memory-limit"}, Case{18, "larger than"},
@@ -42,7 +42,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, AdviceOnStorage,
 TEST(Advice, OnADamagedFileSavesItsRowsBeforeItIsMovedAway) {
   const std::string advice = Advice(StorageResult(11));
   EXPECT_LT(advice.find("Keep a copy"), advice.find(".recover"));
-  EXPECT_LT(advice.find(".recover"), advice.find("move it away"));
+  EXPECT_LT(advice.find(".recover"), advice.find("move the file away"));
 }
 
 TEST(Advice, PointsToTheLogWhenNothingBetterIsKnown) {

@@ -93,10 +93,9 @@ TEST(RunText, SaysWhichDatabaseWasNotCleanedWhyAndWhatToDo) {
                               .tables = {},
                               .problem = test::SampleProblem(Kind::kUnfit, "damaged: file is not a database", 26)});
   EXPECT_THAT(RunText(report, false),
-              EndsWith("Cache: The file is damaged and stays as it is. Stop its collector. Keep a copy\n"
-                       "of it with its -journal, -wal and -shm; the rows that can still be read come out\n"
-                       "of the copy as SQL with sqlite3 COPY .recover. Then move it away with them: its\n"
-                       "collector makes a new one.\n"
+              EndsWith("Cache: The file is no SQLite database, or an encrypted one, and stays as it is.\n"
+                       "Find out who wrote it. To do without it, stop its collector, keep a copy and\n"
+                       "move it away with its -journal, -wal and -shm: its collector makes a new one.\n"
                        "Cleaned 1 of 2 databases; not cleaned: Cache (damaged: file is not a database)\n"
                        "1,000 rows deleted, 1.5 MB freed in 0.2 s\n"));
   EXPECT_THAT(RunText(report, false), HasSubstr("Cache (not cleaned)"));

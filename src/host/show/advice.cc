@@ -15,6 +15,10 @@ struct Kind {
   const char* advice;
 };
 
+bool IsNoDatabase(const common::Error& failure) noexcept {
+  return failure.type == "sqlite3" && failure.code == static_cast<int>(shared::ResultCode::kNotADatabase);
+}
+
 /// Of a table or a trigger of the file.
 bool RefusesTheChange(const common::Error& failure) noexcept {
   constexpr std::int64_t kPrimary = 0xff;
@@ -22,21 +26,29 @@ bool RefusesTheChange(const common::Error& failure) noexcept {
 }
 
 // No advice throws a file away that may still hold something.
-const std::array<Kind, 11>& Kinds() {
-  static const std::array<Kind, 11> kinds = {{
+const std::array<Kind, 12>& Kinds() {
+  static const std::array<Kind, 12> kinds = {{
       {shared::IsBusy,
        "Another program holds the database: try again when it has finished, or wait longer for it (--busy-timeout)."},
       {shared::IsReadOnly, "Check that this user may read and write the file and its directory."},
       {shared::IsCannotOpen,
-       "Check that the file and those beside it are ordinary files, and that this user may read and write them."},
+       "Check that the file and those beside it are ordinary files with one name each, and that this user may read and "
+       "write them. A journal that belongs to several databases is for the program that wrote it: let that open them."},
       {shared::IsRefused,
        "The file's schema holds something that no collector should make; the file stays as it is. Find out who put it "
        "there. To do without the file, stop its collector, keep a copy and move it away with its -journal, -wal and "
        "-shm: its collector makes a new one."},
+      {IsNoDatabase,
+       "The file is no SQLite database, or an encrypted one, and stays as it is. Find out who wrote it. To do without "
+       "it, stop its collector, keep a copy and move it away with its -journal, -wal and -shm: its collector makes a "
+       "new one."},
       {shared::IsDamaged,
-       "The file is damaged and stays as it is. Stop its collector. Keep a copy of it with its -journal, -wal and "
-       "-shm; the rows that can still be read come out of the copy as SQL with sqlite3 COPY .recover. Then move it "
-       "away with them: its collector makes a new one."},
+       "The file is damaged and not written any more. Stop its collector. Keep a copy of it with its -journal, -wal "
+       "and -shm. Where an index alone is named, sqlite3 FILE REINDEX can mend it. Else the rows that can still be "
+       "read "
+       "come out of the copy as SQL with sqlite3 COPY .recover, or .dump where that gives none. Then move the file "
+       "away "
+       "with those three: its collector makes a new one."},
       {shared::IsFull, "Free some space on the disk: compacting needs room for a copy of the database."},
       {shared::IsIoError,
        "Check the disk and free some space on it: compacting needs room for a copy of the database."},
@@ -74,6 +86,10 @@ std::string AdviceByCause(Problem::Cause cause) {
       return "Make the file system writable.";
     case Problem::Cause::kNoFileHandles:
       return "Let this program have more files open (ulimit -n).";
+    case Problem::Cause::kEmpty:
+      return "So is one that its collector has just begun. If it held rows, something has cut it: copy it, and the "
+             "-wal "
+             "beside it, which may still hold some, before any program opens it.";
     case Problem::Cause::kNoRoomBeside:
       return "Free some space there: compacting needs it beside the database.";
     case Problem::Cause::kOther:
@@ -117,8 +133,8 @@ std::string Advice(const Problem& problem) {
   if (problem.record.Failed()) {
     return Advice(problem.record);
   }
-  return "The table is none that a pass can work on; the database stays as it is. Let its collector make the table "
-         "anew.";
+  return "The table is none that a pass can work on; the database stays as it is. Keep a copy of its rows, and let its "
+         "collector make the table anew.";
 }
 
 }  // namespace corvo::telemetry::host
