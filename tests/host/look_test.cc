@@ -92,14 +92,6 @@ TEST_F(LookAt, FindsALockOfAnotherProgram) {
   }
 }
 
-TEST_F(LookAt, FindsNothingToCleanInAnEmptyFile) {
-  for (const char* content : {"", "S"}) {
-    std::ofstream(file_) << content;
-    ExpectProblem(Kind::kUnfit, "the file is empty");
-    EXPECT_EQ(std::filesystem::file_size(file_), std::string(content).size());
-  }
-}
-
 TEST_F(LookAt, FindsDamage) {
   std::ofstream(file_) << "this is no database, but it is long enough to look at";
   ExpectProblem(Kind::kUnfit, "file is not a database");

@@ -184,6 +184,23 @@ TEST_F(FileNamedAfterAContract, KeepsNoOtherDatabaseFromItsTurnWhereItsOwnIsDama
   EXPECT_THAT(Cleaned(run), SizeIs(4));
 }
 
+// Its log may still hold rows, and opening it would remove that. What the run before has recorded stays for `verify`.
+TEST_F(NarrowedRun, TakesAnEmptyFileForNone) {
+  Generate();
+  ASSERT_EQ(Run().exit_code, 0);
+  for (const char* content : {"", "S"}) {
+    std::ofstream(File("HealthLog.db"), std::ios::trunc) << content;
+    std::ofstream(File("HealthLog.db-wal")) << "rows";
+    const HostRun run = Run({"--json"});
+    EXPECT_EQ(run.exit_code, 0) << run.err;
+    EXPECT_THAT(Cleaned(run), ElementsAre("Cache", "DeviceProfile", "DeviceProfileEvents", "PerformanceSamples"));
+    EXPECT_EQ(std::filesystem::file_size(File("HealthLog.db")), std::string(content).size());
+    EXPECT_EQ(std::filesystem::file_size(File("HealthLog.db-wal")), 4U);
+  }
+  std::filesystem::remove(File("HealthLog.db-wal"));
+  EXPECT_EQ(RunHost({"verify", "--data-dir", data_}).exit_code, 3);
+}
+
 TEST_F(NarrowedRun, LeavesNothingOfItsOwnInTheDirectoryButTheHistory) {
   Generate();
   std::vector<std::string> before = {".corvo-telemetry-host.history"};

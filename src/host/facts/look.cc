@@ -107,18 +107,9 @@ void Complain(DatabaseReport& database, const std::string& reason) {
   }
 }
 
-// SQLite takes a file of one byte for an empty one, too, and writes over it.
-bool IsEmpty(const fs::path& file) {
-  std::error_code unknown;
-  return fs::is_regular_file(file, unknown) && FileBytes(file) <= 1;
-}
-
 }  // namespace
 
 std::optional<Problem> LookFromOutside(const fs::path& file) {
-  if (IsEmpty(file)) {
-    return Problem{Problem::Kind::kUnfit, "the file is empty", {}, Problem::Cause::kEmpty};
-  }
   const TelemetryStorage storage(file.string().c_str(), "");
   const common::Error error = storage.GetLastError();
   return error.Failed() ? ProblemOf(error, file, Access::kReadAndWrite) : LackOfPermission(file);
@@ -167,6 +158,11 @@ bool HasFile(const fs::path& file) {
   std::error_code error;
   const fs::file_status status = fs::symlink_status(file, error);
   return status.type() != fs::file_type::not_found;
+}
+
+bool IsEmpty(const fs::path& file) {
+  std::error_code unknown;
+  return fs::is_regular_file(file, unknown) && FileBytes(file) <= 1;
 }
 
 void CountAfterwards(DatabaseReport& database) {

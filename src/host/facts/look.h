@@ -38,6 +38,9 @@ struct CompactionPlaces {
 /// Whether anything has the name of the file, be it a link to nothing; also true when that cannot be found out.
 [[nodiscard]] bool HasFile(const std::filesystem::path& file);
 
+/// Whether the file holds nothing, as SQLite reckons: it takes one byte for nothing, too, and writes over it.
+[[nodiscard]] bool IsEmpty(const std::filesystem::path& file);
+
 /// The bytes of the file; 0 when it is not there.
 [[nodiscard]] std::int64_t FileBytes(const std::filesystem::path& file);
 

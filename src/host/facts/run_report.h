@@ -41,7 +41,6 @@ struct Problem {
     kDanglingLink,        ///< its name is a link to a file that is not there
     kHalfChanged,         ///< a writer ended in the middle of a change, which only who may write can put right
     kReadOnlyFileSystem,  ///< where nobody can write
-    kEmpty,               ///< the file holds nothing at all
     kNoFileHandles,       ///< the process has as many files open as it may
     kNoRoomBeside,        ///< the room that is short is that of the data directory
   };

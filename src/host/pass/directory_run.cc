@@ -177,7 +177,8 @@ std::vector<DatabaseView> DatabasesOf(const DirectoryRun& run, const CatalogueVi
                [&run](const DatabaseView& database) {
                  const bool wanted = run.only.empty() ||
                                      std::find(run.only.begin(), run.only.end(), database.database) != run.only.end();
-                 return wanted && HasFile(DatabaseFile(database, run.directory));
+                 const std::filesystem::path file = DatabaseFile(database, run.directory);
+                 return wanted && HasFile(file) && !IsEmpty(file);
                });
   return databases;
 }

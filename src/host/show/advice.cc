@@ -15,13 +15,14 @@ struct Kind {
   const char* advice;
 };
 
+constexpr std::int64_t kPrimary = 0xff;
+
 bool IsNoDatabase(const common::Error& failure) noexcept {
-  return failure.type == "sqlite3" && failure.code == static_cast<int>(shared::ResultCode::kNotADatabase);
+  return failure.type == "sqlite3" && (failure.code & kPrimary) == static_cast<int>(shared::ResultCode::kNotADatabase);
 }
 
 /// Of a table or a trigger of the file.
 bool RefusesTheChange(const common::Error& failure) noexcept {
-  constexpr std::int64_t kPrimary = 0xff;
   return failure.type == "sqlite3" && (failure.code & kPrimary) == static_cast<int>(shared::ResultCode::kConstraint);
 }
 
@@ -86,10 +87,6 @@ std::string AdviceByCause(Problem::Cause cause) {
       return "Make the file system writable.";
     case Problem::Cause::kNoFileHandles:
       return "Let this program have more files open (ulimit -n).";
-    case Problem::Cause::kEmpty:
-      return "So is one that its collector has just begun. If it held rows, something has cut it: copy it, and the "
-             "-wal "
-             "beside it, which may still hold some, before any program opens it.";
     case Problem::Cause::kNoRoomBeside:
       return "Free some space there: compacting needs it beside the database.";
     case Problem::Cause::kOther:

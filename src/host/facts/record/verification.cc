@@ -86,7 +86,8 @@ Verification Verify(const fs::path& directory, const std::string& source, const 
   for (const DatabaseView& view : catalogue.databases) {
     const bool wanted = only.empty() || std::find(only.begin(), only.end(), view.database) != only.end();
     std::optional<LastRun> run = LastRunOf(view.database, history);
-    if (!wanted || (!run && !HasFile(DatabaseFile(view, directory)))) {
+    const std::filesystem::path file = DatabaseFile(view, directory);
+    if (!wanted || (!run && (!HasFile(file) || IsEmpty(file)))) {
       continue;
     }
     verification.databases.push_back(CheckDatabase(view, std::move(run), catalogue, directory, now));
