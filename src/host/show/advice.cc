@@ -107,7 +107,7 @@ std::string Advice(const common::Error& failure) {
 }
 
 std::string Advice(const Problem& problem) {
-  if (const std::string advice = AdviceByCause(problem.cause); !advice.empty()) {
+  if (std::string advice = AdviceByCause(problem.cause); !advice.empty()) {
     return advice;
   }
   switch (problem.kind) {
