@@ -40,8 +40,9 @@ Error Failure(sqlite3* handle) {
   const int code = sqlite3_extended_errcode(handle);
   const std::string_view what = sqlite3_errmsg(handle);
   // SQLite calls a schema malformed that is above a limit of this library: the file is not damaged for that.
-  const bool too_big = (code & 0xff) == SQLITE_CORRUPT && (what.ends_with(" - string or blob too big") ||
-                                                           what.find(" - Expression tree is too large") != what.npos);
+  const bool too_big =
+      (code & 0xff) == SQLITE_CORRUPT && (what.ends_with(" - string or blob too big") ||
+                                          what.find(" - Expression tree is too large") != std::string_view::npos);
   // Interrupted while it reads the schema for a statement, SQLite says so as of wrong SQL.
   const bool interrupted = code == SQLITE_ERROR && what == sqlite3_errstr(SQLITE_INTERRUPT);
   return Record(too_big ? SQLITE_TOOBIG : interrupted ? SQLITE_INTERRUPT : code, std::string(what));
