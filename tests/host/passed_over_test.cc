@@ -14,7 +14,6 @@
 namespace corvo::telemetry::host {
 namespace {
 
-using testing::HasSubstr;
 using Kind = Problem::Kind;
 
 /// Does one thing in place of a pass, and tells of a result.
