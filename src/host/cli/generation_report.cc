@@ -87,8 +87,9 @@ std::string GenerationText(const Generation& generation, bool colour) {
 
 std::string LiveText(const Generation& generation) {
   const LiveResult& live = *generation.live;
-  std::string text = fmt::format("{}rote {} to the databases in {} in {:.1f} s", generation.signal != 0 ? "Interrupted: w" : "W",
-                                 Counted(live.rows, "row"), Printable(common::Utf8(generation.directory)), live.seconds);
+  std::string text =
+      fmt::format("{}rote {} to the databases in {} in {:.1f} s", generation.signal != 0 ? "Interrupted: w" : "W",
+                  Counted(live.rows, "row"), Printable(common::Utf8(generation.directory)), live.seconds);
   if (live.waits > 0) {
     text += fmt::format("; another program's lock was in the way {}", Counted(live.waits, "time"));
   }
