@@ -23,8 +23,15 @@ std::string ReadText(const Json& object, const char* name) {
   return member != object.end() && member->is_string() ? member->get<std::string>() : "";
 }
 
+/// All that could speak to a terminal begins with one of these bytes; most documents have none.
+bool MayNeedEscapes(const std::string& text) {
+  constexpr unsigned char kDelete = 0x7f;
+  return std::any_of(text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) >= kDelete; });
+}
+
 std::string Dump(const Json& document, int indentation) {
-  return EscapedInJson(document.dump(indentation, ' ', false, Json::error_handler_t::replace));
+  std::string text = document.dump(indentation, ' ', false, Json::error_handler_t::replace);
+  return MayNeedEscapes(text) ? EscapedInJson(text) : text;
 }
 
 }  // namespace
