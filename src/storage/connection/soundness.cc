@@ -155,17 +155,20 @@ std::string Sql(const char* pattern, const Names&... names) {
   return text.get();
 }
 
+/// The rows of a query without parameters.
+Error ReadRows(sqlite3* handle, const char* query, Rows& rows) {
+  Statement statement;
+  Error error = Prepare(handle, query, statement);
+  return error.Failed() ? error : Run(statement.get(), {}, rows);
+}
+
 // SQLite's own number of findings for a check of one table.
 constexpr int kMostFindingsOfATable = 100;
 
 /// Every table for itself.
 Error CheckTables(sqlite3* handle) {
   Rows tables;
-  Statement statement;
-  Error error = Prepare(handle, "SELECT name FROM main.sqlite_schema WHERE type = 'table' AND rootpage > 0", statement);
-  if (!error.Failed()) {
-    error = Run(statement.get(), {}, tables);
-  }
+  Error error = ReadRows(handle, "SELECT name FROM main.sqlite_schema WHERE type = 'table' AND rootpage > 0", tables);
   for (int table = 0; table < tables.count && !error.Failed(); ++table) {
     error = LookAtFindings(handle, Sql("PRAGMA main.quick_check(\"%w\")", tables[table][0].GetColumnValue()),
                            kMostFindingsOfATable);
@@ -202,11 +205,7 @@ Error CheckIndexes(sqlite3* handle) {
       "SELECT t.name, i.name FROM main.sqlite_schema t, pragma_index_list(t.name, 'main') i "
       "WHERE t.type = 'table' AND t.rootpage > 0 AND NOT i.partial";
   Rows indexes;
-  Statement statement;
-  Error error = Prepare(handle, kIndexes, statement);
-  if (!error.Failed()) {
-    error = Run(statement.get(), {}, indexes);
-  }
+  Error error = ReadRows(handle, kIndexes, indexes);
   const char* counted = "";
   std::int64_t rows = 0;
   for (int index = 0; index < indexes.count && !error.Failed(); ++index) {
@@ -231,11 +230,7 @@ Error CheckTrustedIndexes(sqlite3* handle) {
       "WHERE t.type = 'table' AND t.rootpage > 0 AND (i.partial "
       "OR EXISTS (SELECT 1 FROM pragma_index_xinfo(i.name, 'main') WHERE cid = -2))";
   Rows tables;
-  Statement statement;
-  Error error = Prepare(handle, kTables, statement);
-  if (!error.Failed()) {
-    error = Run(statement.get(), {}, tables);
-  }
+  Error error = ReadRows(handle, kTables, tables);
   for (int table = 0; table < tables.count && !error.Failed(); ++table) {
     error = LookAtFindings(handle, Sql("PRAGMA main.integrity_check(\"%w\")", tables[table][0].GetColumnValue()),
                            kMostFindingsOfATable);
